@@ -1,0 +1,15 @@
+#ifndef QVIMANAGER_QVIMANAGER_H
+#define QVIMANAGER_QVIMANAGER_H
+
+// Umbrella header: every public header of the library.
+
+#include "qvimanager/diagnostics/diagnostic_kit.h"
+#include "qvimanager/diagnostics/diagnostic_string.h"
+#include "qvimanager/diagnostics/diagnostic_vector.h"
+#include "qvimanager/diagnostics/exception_diagnostic.h"
+#include "qvimanager/diagnostics/memory_manager.h"
+#include "qvimanager/foundation/class_name.h"
+#include "qvimanager/foundation/exception.h"
+#include "qvimanager/foundation/string.h"
+
+#endif

@@ -1,0 +1,26 @@
+#include <qvimanager/qvimanager.h>
+
+#include <cstdio>
+#include <cstring>
+
+int main()
+{
+    const Utilities::String text("Colorimetric.Illumination");
+    try {
+        Utilities::String("x").GetLong();
+    } catch (const Utilities::ExceptionOutOfBound& failure) {
+        const Diagnostics::String value = failure.GetValueString();
+        if (std::strcmp(value.c_str(), "Utilities::ExceptionOutOfBound: x is not a valid number.") != 0) {
+            std::printf("consumer: unexpected exception text '%s'\n", value.c_str());
+            return 1;
+        }
+        if (text.GetToken(1, '.') != Utilities::String("Illumination")) {
+            std::printf("consumer: unexpected token\n");
+            return 1;
+        }
+        std::printf("consumer: ok\n");
+        return 0;
+    }
+    std::printf("consumer: no exception\n");
+    return 1;
+}
