@@ -71,6 +71,9 @@ String::String(const String& other) : block(other.block), length(other.length)
 
 String& String::operator=(const String& other)
 {
+    if (this == &other) {
+        return *this;
+    }
     if (other.block != nullptr) {
         other.block->AddReference();
     }

@@ -25,10 +25,10 @@ Exception::~Exception()
 
 Diagnostics::String Exception::GetValueString() const
 {
-    String value = GetRuntimeClassName(typeid(*this));
-    value += String(": ");
-    value += *text;
-    return value.GetValueString();
+    Diagnostics::String value(GetRuntimeClassName(typeid(*this)).GetCharPointer());
+    value += ": ";
+    value += text->GetCharPointer();
+    return value;
 }
 
 const String& Exception::GetExceptionText() const
@@ -41,9 +41,7 @@ void Exception::TraceLifecycle(const char* moment) const
     // Within the constructors and the destructor of Exception the run-time
     // class is Exception itself.
     Diagnostics::String trace(moment);
-    trace += GetRuntimeClassName(typeid(*this)).GetCharPointer();
-    trace += ": ";
-    trace += text->GetCharPointer();
+    trace += Exception::GetValueString();
 }
 
 ExceptionResource::ExceptionResource(const String& exceptionText) : Exception(exceptionText) {}
