@@ -604,28 +604,26 @@ void String::Replace(const String& from, const String& to)
     TakeFreshStamp();
 }
 
-String String::GetAsUpper() const
+String String::WithLettersMoved(char first, char last, char target) const
 {
     String result(*this);
     for (unsigned long i = 0; i < result.length; ++i) {
         const char c = result.data[i];
-        if (c >= 'a' && c <= 'z') {
-            result.data[i] = static_cast<char>(c - 'a' + 'A');
+        if (c >= first && c <= last) {
+            result.data[i] = static_cast<char>(c - first + target);
         }
     }
     return result;
 }
 
+String String::GetAsUpper() const
+{
+    return WithLettersMoved('a', 'z', 'A');
+}
+
 String String::GetAsLower() const
 {
-    String result(*this);
-    for (unsigned long i = 0; i < result.length; ++i) {
-        const char c = result.data[i];
-        if (c >= 'A' && c <= 'Z') {
-            result.data[i] = static_cast<char>(c - 'A' + 'a');
-        }
-    }
-    return result;
+    return WithLettersMoved('A', 'Z', 'a');
 }
 
 Diagnostics::String String::GetValueString() const

@@ -54,9 +54,10 @@ public:
     // up on the magnitude; magnitudes from 1e16 on are scaled to one integer
     // digit and followed by "E+" and the exponent ("1.50E+20"). The library's
     // own digit algorithm is used, not the C library's formatting. A sign is
-    // dropped when the text reads as zero up to the first character that is
-    // neither a digit nor a point, so with a separator other than '.' every
-    // value between -1 and 0 loses its sign. A negative `decimals` counts as
+    // dropped when the text, read as the C library reads a number (in the
+    // "C" locale), is zero; since that reading stops at a separator other
+    // than '.', such a separator drops the sign of every value between -1
+    // and 0. A negative `decimals` counts as
     // 0. Throws ExceptionOutOfBound with "Can't convert a value that is not
     // finite to text." for an infinite or NaN value, or when the rounding
     // overflows (a huge `decimals`).
@@ -183,6 +184,9 @@ private:
     const char* SkipBlanksAndMinus(bool& negative) const;
     // Position of separator number `n` (counted from 0), or -1.
     long SeparatorPosition(unsigned long n, char separator) const;
+    // A copy, with this string's stamp, in which the bytes from `first` to
+    // `last` are moved to the range starting at `target`.
+    String WithLettersMoved(char first, char last, char target) const;
     // The bytes from `start` on, `count` of them (no rule for 0).
     String Bytes(unsigned long start, unsigned long count) const;
 

@@ -5,28 +5,15 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/string.h"
 
+#include "tests/support/failure_text.h"
+
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
-using Utilities::ExceptionOutOfBound;
 using Utilities::String;
 
-namespace {
-
-// The text of the ExceptionOutOfBound that `call` raises, or "no exception".
-std::string FailureText(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const ExceptionOutOfBound& failure) {
-        return failure.GetExceptionText();
-    }
-    return "no exception";
-}
-
-} // namespace
+using TestSupport::FailureText;
 
 TEST(StringUnsignedLong, AcceptsTheLargest32BitValue)
 {

@@ -4,27 +4,15 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/string.h"
 
+#include "tests/support/failure_text.h"
+
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
-using Utilities::ExceptionOutOfBound;
 using Utilities::String;
 
-namespace {
-
-std::string FailureText(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const ExceptionOutOfBound& failure) {
-        return failure.GetExceptionText();
-    }
-    return "no exception";
-}
-
-} // namespace
+using TestSupport::FailureText;
 
 TEST(StringTokens, EmptyPiecesCount)
 {
