@@ -8,8 +8,12 @@
 #include "qvimanager/diagnostics/diagnostic_vector.h"
 #include "qvimanager/diagnostics/exception_diagnostic.h"
 #include "qvimanager/diagnostics/memory_manager.h"
+#include "qvimanager/foundation/anything.h"
+#include "qvimanager/foundation/basic_algorithm.h"
 #include "qvimanager/foundation/class_name.h"
+#include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/exception.h"
+#include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 
 #endif

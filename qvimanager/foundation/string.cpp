@@ -1,5 +1,6 @@
 #include "qvimanager/foundation/string.h"
 
+#include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/exception.h"
 
 #include <clocale>
@@ -548,6 +549,20 @@ String String::GetToken(unsigned long index, char separator) const
         return Mid(current, 0);
     }
     return Bytes(current, static_cast<unsigned long>(next) - current);
+}
+
+List<String> String::GetTokens(char separator) const
+{
+    List<String> tokens;
+    unsigned long start = 0;
+    for (long found = GetPosition(separator, start); found != -1; found = GetPosition(separator, start)) {
+        const auto end = static_cast<unsigned long>(found);
+        if (end > start) {
+            tokens.Append(Bytes(start, end - start));
+        }
+        start = end + 1;
+    }
+    return tokens;
 }
 
 String String::GetLeftTokens(unsigned long n, char separator) const

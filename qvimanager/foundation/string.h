@@ -29,6 +29,9 @@
 
 namespace Utilities {
 
+template <typename T>
+class List;
+
 class String {
 public:
     // Empty.
@@ -139,6 +142,11 @@ public:
     String GetToken(unsigned long index, char separator) const;
     // 0 for the empty string, otherwise the number of separators plus 1.
     unsigned long GetTokenCount(char separator) const;
+    // The non-empty pieces that a separator follows: the piece behind the
+    // last separator is never returned, so "a,b,c" gives "a" and "b", "a,,b"
+    // gives "a", and a text without a separator gives an empty list. (Use
+    // containers.h to call it.)
+    List<String> GetTokens(char separator) const;
     // Tokens 0 to n, both included, joined with the separator. n at or above
     // GetTokenCount: throws ExceptionOutOfBound with "Token number too large".
     String GetLeftTokens(unsigned long n, char separator) const;
