@@ -100,12 +100,15 @@ public:
     // pointer to itself leaves the object alive.
     SmartPointer& operator=(const SmartPointer& other)
     {
-        if (other.counter != nullptr) {
-            other.counter->AddReference();
+        // Read before releasing: `other` may be this very pointer.
+        ReferenceCounter* const sharedCounter = other.counter;
+        T* const sharedObject = other.object;
+        if (sharedCounter != nullptr) {
+            sharedCounter->AddReference();
         }
         Release();
-        counter = other.counter;
-        object = other.object;
+        counter = sharedCounter;
+        object = sharedObject;
         return *this;
     }
 
