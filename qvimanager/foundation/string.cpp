@@ -83,8 +83,16 @@ String::String(const String& other) : data(buffer), buffer(), length(0), stamp(o
     AssignBytes(other.data, other.length);
 }
 
-String::String(String&& other) noexcept : data(buffer), buffer(), length(other.length), stamp(other.stamp)
+String::String(String&& other) noexcept : data(buffer), buffer(), length(0), stamp(0)
 {
+    TakeOver(other);
+}
+
+void String::TakeOver(String& other) noexcept
+{
+    FreeBlock();
+    length = other.length;
+    stamp = other.stamp;
     if (other.data == other.buffer) {
         std::memcpy(buffer, other.buffer, other.length + 1);
     } else {
@@ -272,17 +280,7 @@ const String& String::operator=(const String& other)
 const String& String::operator=(String&& other) noexcept
 {
     if (this != &other) {
-        FreeBlock();
-        length = other.length;
-        stamp = other.stamp;
-        if (other.data == other.buffer) {
-            std::memcpy(buffer, other.buffer, other.length + 1);
-        } else {
-            data = other.data;
-            other.data = other.buffer;
-        }
-        other.length = 0;
-        other.buffer[0] = '\0';
+        TakeOver(other);
     }
     return *this;
 }

@@ -182,6 +182,8 @@ private:
     void AssignBytes(const char* text, unsigned long count);
     void FreeBlock();
     void TakeFreshStamp();
+    // Takes the other's text and stamp, leaving it empty.
+    void TakeOver(String& other) noexcept;
 
     // Write the digits backwards into the end of a scratch text of 24
     // characters and return where the text starts.

@@ -18,6 +18,18 @@ int main()
             std::printf("consumer: unexpected token\n");
             return 1;
         }
+        Utilities::Map<Utilities::String, Utilities::Anything> descriptor;
+        descriptor[Utilities::String("version")] = Utilities::Anything("$Revision: 1.5 $");
+        descriptor[Utilities::String("name")] = Utilities::Anything("QVIInstrumentManager");
+        descriptor[Utilities::String("category")] = Utilities::Anything(1L);
+        const char* const expected[] = {"category", "name", "version"};
+        int index = 0;
+        for (auto entry = descriptor.Begin(); entry.IsValid(); entry++) {
+            if (std::strcmp(entry.GetKey().GetCharPointer(), expected[index++]) != 0) {
+                std::printf("consumer: unexpected descriptor order\n");
+                return 1;
+            }
+        }
         std::printf("consumer: ok\n");
         return 0;
     }
