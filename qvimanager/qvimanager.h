@@ -3,6 +3,9 @@
 
 // Umbrella header: every public header of the library.
 
+#include "qvimanager/cmetry/exception_cmetry.h"
+#include "qvimanager/cmetry/measure_conditions.h"
+#include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/diagnostics/diagnostic_kit.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"
 #include "qvimanager/diagnostics/diagnostic_vector.h"
@@ -15,5 +18,6 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
+#include "qvimanager/platform/language_service_interface.h"
 
 #endif

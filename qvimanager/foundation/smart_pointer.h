@@ -154,6 +154,13 @@ public:
         return object != nullptr;
     }
 
+    // Identity: both share one reference counter, or both are empty. Two
+    // pointers to equal but separate objects are not equal.
+    bool operator==(const SmartPointer& other) const
+    {
+        return counter == other.counter;
+    }
+
     void Invariant() const override {}
 
 private:
