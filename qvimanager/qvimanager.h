@@ -3,7 +3,9 @@
 
 // Umbrella header: every public header of the library.
 
+#include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
+#include "qvimanager/cmetry/linalg.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/diagnostics/diagnostic_kit.h"

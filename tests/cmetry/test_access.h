@@ -6,6 +6,7 @@
 // the cmetry tests includes this header instead of defining its own, so the
 // program holds a single definition of the class.
 
+#include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/foundation/containers.h"
@@ -74,6 +75,18 @@ public:
     static void SetMeasureConditions(QVSpectrum& spectrum, const QVMeasureConditions& conditions)
     {
         spectrum.SetMeasureConditions(conditions);
+    }
+
+    // ------------------------------------------------------------ QVColorVector
+
+    static void SetMeasureConditions(QVColorVector& vector, const QVMeasureConditions& conditions)
+    {
+        vector.SetMeasureConditions(conditions);
+    }
+    static void SetMeasureConditions(QVColorVector& vector, const QVMeasureConditions& physical,
+                                     const QVMeasureConditions& conditions)
+    {
+        vector.SetMeasureConditions(physical, conditions);
     }
 };
 
