@@ -5,9 +5,12 @@
 
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
+#include "qvimanager/cmetry/filter.h"
 #include "qvimanager/cmetry/linalg.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
+#include "qvimanager/cmetry/tables/cie_tables.h"
+#include "qvimanager/cmetry/weightfactors.h"
 #include "qvimanager/diagnostics/diagnostic_kit.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"
 #include "qvimanager/diagnostics/diagnostic_vector.h"

@@ -65,7 +65,10 @@ private:
     friend class ColorTemperature;
     friend class DensityCalculator;
     friend class DensityService;
+    friend class Filter;
     friend class Lab2Spec;
+    friend class StandardFilter;
+    friend class Weightfactors;
 
     // A copy of the conditions.
     QVMeasureConditions GetPhysMeasCond() const;
