@@ -7,10 +7,14 @@
 // program holds a single definition of the class.
 
 #include "qvimanager/cmetry/color_vector.h"
+#include "qvimanager/cmetry/filter.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
+#include "qvimanager/cmetry/weightfactors.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/string.h"
+
+#include <vector>
 
 namespace CMetry {
 
@@ -87,6 +91,129 @@ public:
                                      const QVMeasureConditions& conditions)
     {
         vector.SetMeasureConditions(physical, conditions);
+    }
+
+    // ------------------------------------------------------------ StandardFilter
+
+    // Copies and assigns a filter with all fields 0 and no table (step 0).
+    static void CopyEmptyStandardFilter()
+    {
+        const StandardFilter empty;
+        const StandardFilter copy(empty);
+    }
+    static void AssignEmptyStandardFilter(StandardFilter& target)
+    {
+        const StandardFilter empty;
+        target = empty;
+    }
+    // The fields of a fresh filter made by the private default constructor.
+    static bool EmptyStandardFilterHasNothing()
+    {
+        const StandardFilter empty;
+        return empty.GetStepSize() == 0 && empty.GetMinWavelength() == 0 && empty.GetMaxWavelength() == 0 &&
+               empty.GetFilter() == nullptr;
+    }
+
+    // ------------------------------------------------------------ CMetryFilter
+
+    static void SetMeasuringConditions(CMetryFilter& filter, const QVMeasureConditions& conditions)
+    {
+        filter.SetMeasuringConditions(conditions);
+    }
+    static void SetMeasuringConditions(CMetryFilter& filter, const QVIllumination& illumination,
+                                       QVObserverTYPE observer)
+    {
+        filter.SetMeasuringConditions(illumination, observer);
+    }
+    static const QVIllumination& GetIllumination(CMetryFilter& filter)
+    {
+        return filter.GetIllumination();
+    }
+    static QVObserverTYPE GetObserver(CMetryFilter& filter)
+    {
+        return filter.GetObserver();
+    }
+    // The cached weight factors (null before the first evaluation): their
+    // identity shows whether the cache rebuilt them.
+    static const Weightfactors* CachedWeightfactors(const CMetryFilter& filter)
+    {
+        return filter.weightfactors.IsValid() ? &*filter.weightfactors : nullptr;
+    }
+    // The conditions the cache stands for (null before the first
+    // evaluation).
+    static const QVMeasureConditions* CachedConditions(const CMetryFilter& filter)
+    {
+        return filter.conditions.IsValid() ? &*filter.conditions : nullptr;
+    }
+    static unsigned long FilterCount(const CMetryFilter& filter)
+    {
+        return filter.filters.GetSize();
+    }
+
+    // ------------------------------------------------------------ Weightfactors
+
+    static void CheckInstrumentData(short points, short minimum, short maximum)
+    {
+        Weightfactors::CheckInstrumentData(points, minimum, maximum);
+    }
+    static const float* Illumination(const Weightfactors& factors)
+    {
+        return factors.illumination;
+    }
+    static const float* Observer(const Weightfactors& factors, int axis)
+    {
+        return factors.observer[axis];
+    }
+    static float KFactor(const Weightfactors& factors)
+    {
+        return factors.kFactor;
+    }
+    static bool Emission(const Weightfactors& factors)
+    {
+        return factors.emission;
+    }
+    static unsigned short InstrumentStep(const Weightfactors& factors)
+    {
+        return factors.instrumentStep;
+    }
+    // The protected steps, run on a copy of `factors`.
+    static Weightfactors Copy(const Weightfactors& factors)
+    {
+        return factors;
+    }
+    static void BandpassCorrection(Weightfactors& factors)
+    {
+        factors.BandpassCorrection();
+    }
+    static void Round(Weightfactors& factors)
+    {
+        factors.Round();
+    }
+    // Lagrange coefficients as vectors: coefficient[node][r].
+    static std::vector<std::vector<float>> Lagrange(Weightfactors& factors, int nodes, unsigned short step,
+                                                    unsigned short offset)
+    {
+        float** c = nodes == 3 ? factors.GetLagrange2Coeff(step, offset) : factors.GetLagrange3Coeff(step, offset);
+        std::vector<std::vector<float>> result(static_cast<std::size_t>(nodes));
+        for (int node = 0; node < nodes; ++node) {
+            result[static_cast<std::size_t>(node)].assign(c[node], c[node] + step);
+        }
+        Weightfactors::FreeCoefficients(c, static_cast<unsigned short>(nodes));
+        return result;
+    }
+    static std::vector<float> AdjustIlluminationVector(Weightfactors& factors, const StandardFilter& table)
+    {
+        float* adjusted = factors.AdjustIlluminationVector(table);
+        const std::vector<float> result(adjusted, adjusted + (780 - 360) / table.GetStepSize() + 1);
+        delete[] adjusted;
+        return result;
+    }
+    static std::vector<float> AdjustObserverVector(Weightfactors& factors, const StandardFilter& table)
+    {
+        float* adjusted = factors.AdjustObserverVector(table);
+        const std::vector<float> result(adjusted, adjusted + 421);
+        delete[] adjusted;
+        return result;
     }
 };
 
