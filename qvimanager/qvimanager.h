@@ -3,6 +3,8 @@
 
 // Umbrella header: every public header of the library.
 
+#include "qvimanager/cmetry/ardo_cmm_screen.h"
+#include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/cmetry/filter.h"
@@ -11,6 +13,7 @@
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/tables/cie_tables.h"
 #include "qvimanager/cmetry/weightfactors.h"
+#include "qvimanager/components/resolve.h"
 #include "qvimanager/diagnostics/diagnostic_kit.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"
 #include "qvimanager/diagnostics/diagnostic_vector.h"

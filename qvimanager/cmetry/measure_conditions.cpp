@@ -233,7 +233,9 @@ QVMeasureConditions::QVMeasureConditions()
       deltaEFormula("CIELab"), physicalFilter(PhysicalFilterNo), vectorForm("AbsoluteVector"), customConditions(),
       userdefinedIllumination()
 {
-    customConditions[kCustomConditionKey] = String("Disable");
+    // The custom conditions start as the switch "CustomCondition" set to
+    // "Disable". The map itself stays empty (no allocation) until the first
+    // custom entry is written; an empty map reads as that switch.
 }
 
 QVMeasureConditions::QVMeasureConditions(const QVMeasureConditions& other) = default;
@@ -295,6 +297,9 @@ void QVMeasureConditions::SetMeasureCondition(const String& key, const String& v
         const bool enabled = switchEntry.IsValid() && switchEntry.GetValue() == kEnable;
         if (!(key == kCustomConditionKey) && !enabled) {
             Raise("Modification not supported for key: %KEY%", "%KEY%", key);
+        }
+        if (customConditions.GetCount() == 0) {
+            customConditions[kCustomConditionKey] = String("Disable");
         }
         customConditions[key] = value;
     }

@@ -320,6 +320,10 @@ private:
     Utilities::String deltaEFormula;
     QVPhysicalFilterTYPE physicalFilter;
     Utilities::String vectorForm;
+    // The switch "CustomCondition" and the custom keys. Empty until the first
+    // custom entry is written, and then the switch comes first: an empty map
+    // reads as the switch set to "Disable", so that default construction and
+    // copies of a condition set allocate nothing for it.
     Utilities::Map<Utilities::String, Utilities::String> customConditions;
     Utilities::SmartPointer<QVSpectrum> userdefinedIllumination;
 

@@ -6,6 +6,7 @@
 // the cmetry tests includes this header instead of defining its own, so the
 // program holds a single definition of the class.
 
+#include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/filter.h"
 #include "qvimanager/cmetry/measure_conditions.h"
@@ -52,11 +53,22 @@ public:
     {
         conditions.SetWhiteBase(whiteBase);
     }
-    // The custom-conditions map itself, "CustomCondition" entry included.
-    static const Utilities::Map<Utilities::String, Utilities::String>&
-    CustomConditions(const QVMeasureConditions& conditions)
+    // The custom conditions as the condition set defines them: the switch
+    // "CustomCondition" (an empty map stands for "Disable") and the custom
+    // keys, in the map's order.
+    static Utilities::Map<Utilities::String, Utilities::String> CustomConditions(const QVMeasureConditions& conditions)
     {
+        if (conditions.customConditions.GetCount() == 0) {
+            Utilities::Map<Utilities::String, Utilities::String> fresh;
+            fresh[Utilities::String("CustomCondition")] = Utilities::String("Disable");
+            return fresh;
+        }
         return conditions.customConditions;
+    }
+    // Whether the map is still empty, that is, no custom entry was written.
+    static bool CustomConditionsUntouched(const QVMeasureConditions& conditions)
+    {
+        return conditions.customConditions.GetCount() == 0;
     }
     // The static table of supported values and element names.
     static const Utilities::Map<Utilities::String, Utilities::Vector<Utilities::String>>& SupportedValuesTable()
@@ -148,6 +160,47 @@ public:
     static unsigned long FilterCount(const CMetryFilter& filter)
     {
         return filter.filters.GetSize();
+    }
+
+    // ------------------------------------------------------------ calculators
+
+    static void SetPaperWhite(const QVSample& sample)
+    {
+        BaseCalculator::SetPaperWhite(sample);
+    }
+    static void AddPaperWhite(const QVSample& sample)
+    {
+        BaseCalculator::AddPaperWhite(sample);
+    }
+    static void SetPaperWhitePointer(Utilities::SmartPointer<QVSample> sample)
+    {
+        BaseCalculator::SetPaperWhitePointer(sample);
+    }
+    static const QVSample& GetPaperWhite()
+    {
+        return BaseCalculator::GetPaperWhite();
+    }
+    static bool IsPaperWhiteValid(const QVMeasureConditions& conditions)
+    {
+        return BaseCalculator::IsPaperWhiteValid(conditions);
+    }
+    static bool GetSpecBasedToPapWhite(QVSpectrum& spectrum)
+    {
+        return BaseCalculator::GetSpecBasedToPapWhite(spectrum);
+    }
+    static bool GetSpecBasedToPapWhite(const QVMeasureConditions& conditions, float* values)
+    {
+        return BaseCalculator::GetSpecBasedToPapWhite(conditions, values);
+    }
+    static bool GetNormValence(const QVMeasureConditions& conditions, QVColorVector& out)
+    {
+        return CMetryCalculator::GetNormValence(conditions, out);
+    }
+    // The weight factors the shared filter holds now (null before the first
+    // evaluation).
+    static const Weightfactors* SharedWeightfactors()
+    {
+        return CachedWeightfactors(CMetryCalculator::asXYZFilter);
     }
 
     // ------------------------------------------------------------ Weightfactors

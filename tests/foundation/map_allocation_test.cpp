@@ -4,54 +4,12 @@
 
 #include "qvimanager/foundation/containers.h"
 
+#include "tests/support/allocation_counter.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdlib>
-#include <new>
 
-namespace {
-
-unsigned long allocations = 0;
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (size > static_cast<std::size_t>(PTRDIFF_MAX)) {
-        throw std::bad_alloc();
-    }
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
+using TestSupport::allocations;
 
 using Utilities::Map;
 using Utilities::MapIterator;

@@ -1,0 +1,26 @@
+#ifndef QVIMANAGER_CMETRY_ARDO_CMM_SCREEN_H
+#define QVIMANAGER_CMETRY_ARDO_CMM_SCREEN_H
+
+// ArdoCMMScreen: the interface of a plug-in component, not part of this
+// library, that converts a Lab colour vector to an RGB one for a screen. The
+// RGB conversion resolves it under the name "ArdoCMMScreen" and falls back on
+// its built-in table when there is none (always, until components can be
+// registered) or when the component raises.
+//
+// It will derive from the component base class; ConvertLabToRGB is its first
+// virtual operation of its own.
+
+#include "qvimanager/cmetry/color_vector.h"
+
+namespace CMetry {
+
+class ArdoCMMScreen {
+public:
+    virtual ~ArdoCMMScreen() = default;
+    // The RGB vector of a Lab vector.
+    virtual QVColorVector ConvertLabToRGB(const QVColorVector& lab) = 0;
+};
+
+} // namespace CMetry
+
+#endif
