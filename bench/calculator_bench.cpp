@@ -89,3 +89,56 @@ void BareLabKernel(benchmark::State& state)
 BENCHMARK(BareLabKernel);
 
 } // namespace
+
+namespace {
+
+void CalculatorCMCOfTwoSpectra(benchmark::State& state)
+{
+    const QVSpectrum first = Sample();
+    float values[36];
+    for (int i = 0; i < 36; ++i) {
+        values[i] = 0.25f + 0.012f * static_cast<float>(i);
+    }
+    const QVSpectrum second(values);
+    const QVMeasureConditions conditions;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(CMetryCalculator::GetDeltaE_CMC(first, second, conditions, 2.0f, 1.0f));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(CalculatorCMCOfTwoSpectra);
+
+void CalculatorCIE94OfTwoSpectra(benchmark::State& state)
+{
+    const QVSpectrum first = Sample();
+    float values[36];
+    for (int i = 0; i < 36; ++i) {
+        values[i] = 0.25f + 0.012f * static_cast<float>(i);
+    }
+    const QVSpectrum second(values);
+    const QVMeasureConditions conditions;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(CMetryCalculator::GetDeltaE_94(first, second, conditions, 1.0f, 1.0f, 1.0f));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(CalculatorCIE94OfTwoSpectra);
+
+void ColorTemperatureOfDaylight(benchmark::State& state)
+{
+    QVMeasureConditions emission;
+    emission.SetMeasureCondition(Utilities::String("Colorimetric.Illumination"), Utilities::String("Emission"));
+    float values[36];
+    for (int i = 0; i < 36; ++i) {
+        values[i] = CMetry::Tables::IlluminantD65[80 + 10 * i];
+    }
+    const QVSpectrum daylight(values, emission);
+    CMetry::ColorTemperature search;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(search.GetColorTemperature(daylight));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(ColorTemperatureOfDaylight);
+
+} // namespace

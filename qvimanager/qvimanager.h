@@ -5,6 +5,7 @@
 
 #include "qvimanager/cmetry/ardo_cmm_screen.h"
 #include "qvimanager/cmetry/calculator.h"
+#include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/cmetry/filter.h"

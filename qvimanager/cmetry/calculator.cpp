@@ -636,4 +636,331 @@ void LookupRGB(float* out, const float* in)
     }
 }
 
+// ---------------------------------------------------------------- differences
+
+namespace {
+
+// The length of first - second over all four components, as
+// QVColorVector::operator-= and Length compute it.
+float DifferenceLength(const QVColorVector& first, const QVColorVector& second)
+{
+    QVColorVector difference(first);
+    difference -= second;
+    return difference.Length();
+}
+
+} // namespace
+
+float CMetryCalculator::GetDeltaE_CIELAB(const QVSpectrum& first, const QVSpectrum& second,
+                                         const QVMeasureConditions& conditions)
+{
+    QVColorVector a;
+    QVColorVector b;
+    if (!GetVector_CIELab(first, conditions, a) || !GetVector_CIELab(second, conditions, b)) {
+        return FailedDifference;
+    }
+    return DifferenceLength(a, b);
+}
+
+float CMetryCalculator::GetDeltaE_CIELAB(const QVLab& first, const QVLab& second)
+{
+    return DifferenceLength(first, second);
+}
+
+float CMetryCalculator::GetDeltaE_CIELAB_SpeedOptimized(const QVLab& reference, const float* spectrum)
+{
+    const float* values = spectrum;
+    float based[QVSpectrum::NumberOfDataPoints];
+    if (reference.conditions.GetWhiteBase() == WhiteBasePaper) {
+        LinAlg::CopyVector(based, spectrum, QVSpectrum::NumberOfDataPoints);
+        GetSpecBasedToPapWhite(reference.conditions, based);
+        values = based;
+    }
+    const Weightfactors& factors = CurrentWeightfactors(asXYZFilter.weightfactors);
+    const float yWhite = asXYZFilter.GetFilterSum(1);
+    double f[3];
+    for (unsigned short axis = 0; axis < 3; ++axis) {
+        const float tristimulus = LinAlg::DotProd(factors[axis], values, QVSpectrum::NumberOfDataPoints);
+        const float scaled = yWhite * tristimulus;
+        const auto r = static_cast<float>(static_cast<double>(scaled) / asXYZFilter.GetFilterSum(axis) / 100.0);
+        // Both constants of the linear branch in double here.
+        f[axis] = r > 0.008856 ? std::pow(static_cast<double>(r), 1.0 / 3.0) : 7.787 * r + 0.13793103448275862;
+    }
+    const float lab[4] = {static_cast<float>(116.0 * f[1] - 16.0), static_cast<float>((f[0] - f[1]) * 500.0),
+                          static_cast<float>((f[1] - f[2]) * 200.0), 0.0f};
+    float sumOfSquares = 0.0f;
+    for (int axis = 0; axis < 4; ++axis) {
+        const float difference = lab[axis] - reference.components[axis];
+        sumOfSquares += difference * difference;
+    }
+    return static_cast<float>(std::sqrt(static_cast<double>(sumOfSquares)));
+}
+
+float CMetryCalculator::GetDeltaE_CIELUV(const QVSpectrum& first, const QVSpectrum& second,
+                                         const QVMeasureConditions& conditions)
+{
+    QVColorVector a;
+    QVColorVector b;
+    if (!GetVector_CIELuv(first, conditions, a) || !GetVector_CIELuv(second, conditions, b)) {
+        return FailedDifference;
+    }
+    return DifferenceLength(a, b);
+}
+
+float CMetryCalculator::GetDeltaE_vq(const QVSpectrum& first, const QVSpectrum& second,
+                                     const QVMeasureConditions& conditions)
+{
+    QVColorVector a;
+    QVColorVector b;
+    if (!GetVector_LABvq(first, conditions, a) || !GetVector_LABvq(second, conditions, b)) {
+        return FailedDifference;
+    }
+    return DifferenceLength(a, b);
+}
+
+float CMetryCalculator::GetDeltaE_FMCII(const QVSpectrum& first, const QVSpectrum& second,
+                                        const QVMeasureConditions& conditions)
+{
+    QVColorVector xyz1;
+    QVColorVector xyz2;
+    if (!GetVector_CIEXYZ(first, conditions, xyz1) || !GetVector_CIEXYZ(second, conditions, xyz2)) {
+        return FailedDifference;
+    }
+    // Every named value is rounded to float when it is stored.
+    const float y1 = xyz1.components[1];
+    const float z1 = xyz1.components[2];
+    const auto y2 = static_cast<float>(static_cast<double>(y1) * y1);
+    const auto y3 = static_cast<float>(static_cast<double>(y2) * y1);
+    const auto y4 = static_cast<float>(static_cast<double>(y3) * y1);
+    // 0.55669 as a float, widened; the other constants are double.
+    const auto k1 = static_cast<float>(0.556689977645874 + 0.049434 * y1 - 0.00082575 * y2 + 7.9172e-06 * y3 -
+                                       3.0087e-08 * y4);
+    const auto k2 =
+        static_cast<float>(0.17548 + 0.027556 * y1 - 0.00057262 * y2 + 6.3893e-06 * y3 - 2.6731e-08 * y4);
+    const auto p = [](const QVColorVector& v) {
+        return static_cast<float>(0.724 * v.components[0] + 0.382 * v.components[1] - 0.098 * v.components[2]);
+    };
+    const auto q = [](const QVColorVector& v) {
+        return static_cast<float>(-0.48 * v.components[0] + 1.37 * v.components[1] + 0.1276 * v.components[2]);
+    };
+    const auto s = [](const QVColorVector& v) { return static_cast<float>(0.686 * v.components[2]); };
+    const float p1 = p(xyz1);
+    const float q1 = q(xyz1);
+    const float s1 = s(xyz1);
+    const auto dP = static_cast<float>(static_cast<double>(p(xyz2)) - p1);
+    const auto dQ = static_cast<float>(static_cast<double>(q(xyz2)) - q1);
+    const auto dS = static_cast<float>(static_cast<double>(s(xyz2)) - s1);
+    const auto pp = static_cast<float>(static_cast<double>(p1) * p1);
+    const auto qq = static_cast<float>(static_cast<double>(q1) * q1);
+    const auto p4 = static_cast<float>(static_cast<double>(pp) * pp);
+    const auto q4 = static_cast<float>(static_cast<double>(qq) * qq);
+    const auto n = static_cast<float>(static_cast<double>(pp) + qq);
+    if (!(n > 0.0f)) {
+        return FailedDifference;
+    }
+    if (!(y1 > 0.0f) && !(z1 > 0.0f)) {
+        return FailedDifference;
+    }
+    const auto a2 = static_cast<float>(1.73e-05 * n / (1.0 + 2.73 * pp * qq / (static_cast<double>(p4) + q4)));
+    const auto b2 = static_cast<float>(0.0003098 * (static_cast<double>(s1) * s1 + 0.2015 * y2));
+    const auto u = static_cast<float>(static_cast<double>(q1) * dP - static_cast<double>(p1) * dQ);
+    const auto v = static_cast<float>(static_cast<double>(p1) * dP + static_cast<double>(q1) * dQ);
+    const auto t1 = static_cast<float>(static_cast<double>(u) * u / (static_cast<double>(a2) * n));
+    const double chromaticTerm = static_cast<double>(s1) * v / n - dS;
+    const auto t2 = static_cast<float>(chromaticTerm * chromaticTerm / b2);
+    const auto t3 = static_cast<float>(static_cast<double>(k2) * k2 * static_cast<double>(0.077841f) * v * v /
+                                       (static_cast<double>(a2) * n));
+    return static_cast<float>(std::sqrt(static_cast<double>(k1) * k1 * (static_cast<double>(t1) + t2) + t3));
+}
+
+float CMetryCalculator::GetDeltaE_CMC(const QVSpectrum& first, const QVSpectrum& second,
+                                      const QVMeasureConditions& conditions, float l, float c)
+{
+    QVColorVector lab1;
+    QVColorVector lch1;
+    QVColorVector lab2;
+    QVColorVector delta;
+    if (!GetVector_CIELab(first, conditions, lab1) || !GetVector_CIELCh_ab(lab1, lch1) ||
+        !GetVector_CIELab(second, conditions, lab2) || !GetVector_DeltaCIELCH_ab(lab1, lab2, delta)) {
+        return FailedDifference;
+    }
+    const double lightness = lch1.components[0];
+    const float chroma = lch1.components[1];
+    const double hue = lch1.components[2];
+    // Strictly above 16; the constants are single precision.
+    const double sl = lightness > 16.0 ? static_cast<double>(0.040975f) * lightness /
+                                             (1.0 + static_cast<double>(0.01765f) * lightness)
+                                       : static_cast<double>(0.511f);
+    const double sc = static_cast<double>(0.0638f) * chroma / (1.0 + static_cast<double>(0.0131f) * chroma) +
+                      static_cast<double>(0.638f);
+    const float chroma2 = chroma * chroma;
+    const float chroma4 = chroma2 * chroma2;
+    const double f = std::sqrt(static_cast<double>(chroma4) / (static_cast<double>(chroma4) + 1900.0));
+    // 164 and 345 belong to the first branch. 0.2 and 0.4 are floats widened.
+    double t = 0.0;
+    if (hue >= 164.0 && hue <= 345.0) {
+        t = 0.56 + std::fabs(static_cast<double>(0.2f) * std::cos(2.0 * (168.0 + hue) * kPi / 360.0));
+    } else {
+        t = 0.36 + std::fabs(static_cast<double>(0.4f) * std::cos(2.0 * (35.0 + hue) * kPi / 360.0));
+    }
+    const double sh = (f * t + 1.0 - f) * sc;
+    const auto lightnessTerm = static_cast<float>(delta.components[0] / (l * sl));
+    const auto chromaTerm = static_cast<float>(delta.components[1] / (c * sc));
+    const auto hueTerm = static_cast<float>(delta.components[2] / sh);
+    return static_cast<float>(std::sqrt(static_cast<double>(lightnessTerm) * lightnessTerm +
+                                        static_cast<double>(chromaTerm) * chromaTerm +
+                                        static_cast<double>(hueTerm) * hueTerm));
+}
+
+float CMetryCalculator::GetDeltaE_94(const QVSpectrum& first, const QVSpectrum& second,
+                                     const QVMeasureConditions& conditions, float kL, float kC, float kH)
+{
+    QVLab lab1;
+    QVLab lab2;
+    if (!GetVector_CIELab(first, conditions, lab1) || !GetVector_CIELab(second, conditions, lab2)) {
+        return FailedDifference;
+    }
+    return GetDeltaE_94(lab1, lab2, kL, kC, kH);
+}
+
+float CMetryCalculator::GetDeltaE_94(const QVLab& first, const QVLab& second, float kL, float kC, float kH)
+{
+    if (kL == 0.0f || kC == 0.0f || kH == 0.0f) {
+        return FailedDifference;
+    }
+    QVColorVector lch1;
+    QVColorVector delta;
+    if (!GetVector_CIELCh_ab(first, lch1) || !GetVector_DeltaCIELCH_ab(first, second, delta)) {
+        return FailedDifference;
+    }
+    const double chroma = lch1.components[1];
+    const double sl = 1.0;
+    const double sc = 1.0 + static_cast<double>(0.045f) * chroma;
+    const double sh = 1.0 + static_cast<double>(0.015f) * chroma;
+    return static_cast<float>(std::sqrt(std::pow(delta.components[0] / (kL * sl), 2) +
+                                        std::pow(delta.components[1] / (kC * sc), 2) +
+                                        std::pow(delta.components[2] / (kH * sh), 2)));
+}
+
+float CMetryCalculator::GetMetamery(const QVSpectrum& first, const QVSpectrum& second,
+                                    const QVMeasureConditions& conditions, const QVIllumination& illumination)
+{
+    QVMeasureConditions underSecondIlluminant(conditions);
+    underSecondIlluminant.SetIllumination(illumination);
+    QVColorVector a1;
+    QVColorVector a2;
+    if (!GetVector_CIEXYZ(first, conditions, a1) || !GetVector_CIEXYZ(second, conditions, a2)) {
+        return FailedDifference;
+    }
+    // Scale the second sample to match the first under the first illuminant.
+    QVColorVector correction;
+    for (int axis = 0; axis < 3; ++axis) {
+        correction.components[axis] =
+            a2.components[axis] != 0.0f ? a1.components[axis] / a2.components[axis] : 1.0f;
+    }
+    QVColorVector b1;
+    QVColorVector b2;
+    if (!GetVector_CIEXYZ(first, underSecondIlluminant, b1) || !GetVector_CIEXYZ(second, underSecondIlluminant, b2)) {
+        return FailedDifference;
+    }
+    b2 *= correction;
+    QVLab lab1;
+    QVLab lab2;
+    if (!GetVector_CIELab(b1, lab1) || !GetVector_CIELab(b2, lab2)) {
+        return FailedDifference;
+    }
+    return GetDeltaE_CIELAB(lab1, lab2);
+}
+
+ColorTYPE CMetryCalculator::GetColorType(const QVSpectrum& spectrum)
+{
+    QVMeasureConditions conditions(spectrum.conditions);
+    conditions.SetPhysMeasCond(spectrum.conditions);
+    QVColorVector lab;
+    if (!GetVector_CIELab(spectrum, conditions, lab)) {
+        return ColorUndefined;
+    }
+    const float lightness = lab.components[0];
+    const double a = lab.components[1];
+    const double b = lab.components[2];
+    const auto chroma = static_cast<float>(std::sqrt(a * a + b * b));
+
+    // The chroma limit by lightness is computed, then replaced by 1001: only
+    // a chroma above 1001 counts as chromatic.
+    float limit = lightness <= 75.0f ? 10.0f - (lightness / 75.0f) * 3.0f : 7.0f - 2.0f * (lightness - 75.0f) / 25.0f;
+    limit = 1001.0f;
+
+    // The hue in whole degrees.
+    const int truncated = a == 0.0 ? 0 : static_cast<int>(std::atan(b / a) * 57.29577951308232);
+    int hue = -1;
+    if (a > 0.0 && b >= 0.0) {
+        hue = truncated;
+    } else if (a == 0.0 && b > 0.0) {
+        hue = 90;
+    } else if (a < 0.0) {
+        hue = truncated + 180;
+    } else if (a == 0.0 && b < 0.0) {
+        hue = 270;
+    } else if (a > 0.0 && b < 0.0) {
+        hue = truncated + 360;
+    }
+
+    if (limit < chroma) {
+        const auto in = [hue](int from, int to) { return hue >= from && hue <= to; };
+        if (in(300, 334)) {
+            return static_cast<ColorTYPE>(1);
+        }
+        if (in(260, 299)) {
+            return ColorBlue;
+        }
+        if (in(210, 259)) {
+            return ColorCyan;
+        }
+        if (in(175, 209)) {
+            return ColorTurquo;
+        }
+        if (in(135, 174)) {
+            return ColorGreen;
+        }
+        if (in(110, 134)) {
+            return chroma < 50.0f && lightness < 50.0f ? ColorOlive : ColorYellowGreen;
+        }
+        if (in(80, 109)) {
+            if (chroma < 50.0f && lightness >= 65.0f) {
+                return ColorBeige;
+            }
+            if (chroma < 70.0f && lightness < 65.0f) {
+                return hue >= 90 ? ColorOlive : ColorBrown;
+            }
+            return ColorYellow;
+        }
+        if (in(45, 79)) {
+            if (chroma < 70.0f) {
+                return lightness >= 65.0f ? ColorBeige : ColorBrown;
+            }
+            return ColorOrange;
+        }
+        if (in(20, 44)) {
+            if (chroma < 40.0f && lightness < 50.0f) {
+                return ColorBrown;
+            }
+            if (chroma < 55.0f && lightness < 65.0f && hue > 35) {
+                return ColorBrown;
+            }
+            return ColorRed;
+        }
+        return ColorMagenta;
+    }
+    if (lightness > 80.0f && lightness <= 100.0f) {
+        return ColorWhite;
+    }
+    if (lightness > 30.0f && lightness <= 80.0f) {
+        return ColorGray;
+    }
+    if (lightness >= 0.0f && lightness <= 30.0f) {
+        return ColorBlack;
+    }
+    return ColorWhite;
+}
+
 } // namespace CMetry

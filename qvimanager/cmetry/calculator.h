@@ -140,6 +140,51 @@ public:
                                       QVColorVector& out);
     static bool GetVector_CIELCH_uv(const QVColorVector& first, const QVColorVector& second, QVColorVector& out);
 
+    // ------------------------------------------------------------ differences
+    //
+    // The first sample is the reference: terms that depend on the colour
+    // (SL, SC, SH, K1, K2) are taken from it alone. A difference that cannot
+    // be computed is the float 1000000.
+
+    static constexpr float FailedDifference = 1000000.0f;
+
+    // Euclidean distance of the two Lab (Luv: L*, u', v'; LABvq) vectors.
+    static float GetDeltaE_CIELAB(const QVSpectrum& first, const QVSpectrum& second,
+                                  const QVMeasureConditions& conditions);
+    static float GetDeltaE_CIELAB(const QVLab& first, const QVLab& second);
+    // Lab of a bare array of 36 values against a reference Lab, without
+    // copies and without setting the shared filter: the caller must have run
+    // an ordinary evaluation under the reference's conditions first;
+    // otherwise it raises ExceptionNullpointer with "Failed to access to
+    // nullpointer.". Its constants are wider than those of the ordinary
+    // conversion (7.787 and 16/116 in double) and L* is not clamped.
+    static float GetDeltaE_CIELAB_SpeedOptimized(const QVLab& reference, const float* spectrum);
+    static float GetDeltaE_CIELUV(const QVSpectrum& first, const QVSpectrum& second,
+                                  const QVMeasureConditions& conditions);
+    static float GetDeltaE_vq(const QVSpectrum& first, const QVSpectrum& second,
+                              const QVMeasureConditions& conditions);
+    // Friele-MacAdam-Chickering II, from XYZ. A first sample without
+    // chromaticity (P and Q both 0) or without Y and Z gives 1000000.
+    static float GetDeltaE_FMCII(const QVSpectrum& first, const QVSpectrum& second,
+                                 const QVMeasureConditions& conditions);
+    // CMC(l:c). An l or c of 0 divides by 0 (the result is not finite).
+    static float GetDeltaE_CMC(const QVSpectrum& first, const QVSpectrum& second,
+                               const QVMeasureConditions& conditions, float l, float c);
+    // CIE 1994; a parameter of exactly 0 gives 1000000.
+    static float GetDeltaE_94(const QVSpectrum& first, const QVSpectrum& second,
+                              const QVMeasureConditions& conditions, float kL, float kC, float kH);
+    static float GetDeltaE_94(const QVLab& first, const QVLab& second, float kL, float kC, float kH);
+    // The Lab difference under a second illuminant after the two samples'
+    // XYZ were scaled to match under the conditions' own illuminant. Leaves
+    // the shared weight factors set for the second illuminant.
+    static float GetMetamery(const QVSpectrum& first, const QVSpectrum& second,
+                             const QVMeasureConditions& conditions, const QVIllumination& illumination);
+    // The colour name class of a spectrum from its Lab, or ColorUndefined
+    // (-1) when Lab cannot be computed. The lightness-dependent chroma limit
+    // is computed and then replaced by 1001, so in practice every colour is
+    // classed achromatic: White above L* 80, Gray above 30, Black up to 30.
+    static ColorTYPE GetColorType(const QVSpectrum& spectrum);
+
     // ------------------------------------------------------------ statics
 
     // The one shared filter and its cached Weightfactors.

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <string>
 #include <vector>
 
@@ -45,7 +46,7 @@ struct LabLCh {
     QVColorVector lch;
 };
 
-LabLCh Evaluate(const CgatsSample& sample, const char* illumination)
+LabLCh Evaluate(const CgatsSample& sample, const std::string& illumination)
 {
     QVMeasureConditions conditions;
     conditions.SetMeasureCondition(String("Colorimetric.Illumination"), String(illumination));
@@ -56,7 +57,7 @@ LabLCh Evaluate(const CgatsSample& sample, const char* illumination)
     return result;
 }
 
-class ChartSamples : public testing::TestWithParam<std::tuple<const char*, const char*>> {};
+class ChartSamples : public testing::TestWithParam<std::tuple<std::string, std::string>> {};
 
 } // namespace
 
@@ -96,5 +97,14 @@ TEST_P(ChartSamples, LabValuesArePlausible)
 }
 
 INSTANTIATE_TEST_SUITE_P(TwentyFourPatchChart, ChartSamples,
-                         testing::Combine(testing::Values("chart24_ohta.cgats", "chart24_babelcolor_avg.cgats"),
-                                          testing::Values("D65", "D50")));
+                         testing::Combine(testing::Values(std::string("chart24_ohta.cgats"), std::string("chart24_babelcolor_avg.cgats")),
+                                          testing::Values(std::string("D65"), std::string("D50"))),
+                         [](const testing::TestParamInfo<ChartSamples::ParamType>& info) {
+                             std::string name = std::get<0>(info.param) + "_" + std::get<1>(info.param);
+                             for (char& c : name) {
+                                 if (!std::isalnum(static_cast<unsigned char>(c))) {
+                                     c = '_';
+                                 }
+                             }
+                             return name;
+                         });

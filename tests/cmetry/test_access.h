@@ -7,6 +7,7 @@
 // program holds a single definition of the class.
 
 #include "qvimanager/cmetry/calculator.h"
+#include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/filter.h"
 #include "qvimanager/cmetry/measure_conditions.h"
@@ -201,6 +202,14 @@ public:
     static const Weightfactors* SharedWeightfactors()
     {
         return CachedWeightfactors(CMetryCalculator::asXYZFilter);
+    }
+
+    // ------------------------------------------------------------ ColorTemperature
+
+    // The rounds of the last search.
+    static int Rounds(const ColorTemperature& search)
+    {
+        return search.rounds;
     }
 
     // ------------------------------------------------------------ Weightfactors
