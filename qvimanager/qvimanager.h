@@ -5,10 +5,12 @@
 
 #include "qvimanager/cmetry/ardo_cmm_screen.h"
 #include "qvimanager/cmetry/calculator.h"
+#include "qvimanager/cmetry/cmetry_service.h"
 #include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/cmetry/filter.h"
+#include "qvimanager/cmetry/lab2spec.h"
 #include "qvimanager/cmetry/linalg.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"

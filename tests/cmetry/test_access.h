@@ -10,6 +10,7 @@
 #include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/filter.h"
+#include "qvimanager/cmetry/lab2spec.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/weightfactors.h"
@@ -210,6 +211,14 @@ public:
     static int Rounds(const ColorTemperature& search)
     {
         return search.rounds;
+    }
+
+    // ------------------------------------------------------------ Lab2Spec
+
+    // The rounds of the last search.
+    static int Rounds(const Lab2Spec& search)
+    {
+        return search.lastRounds;
     }
 
     // ------------------------------------------------------------ Weightfactors

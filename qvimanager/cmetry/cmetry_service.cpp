@@ -1,0 +1,251 @@
+#include "qvimanager/cmetry/cmetry_service.h"
+
+#include "qvimanager/cmetry/calculator.h"
+#include "qvimanager/cmetry/color_temperature.h"
+#include "qvimanager/cmetry/exception_cmetry.h"
+#include "qvimanager/platform/language_service_interface.h"
+
+using Utilities::String;
+
+namespace CMetry {
+
+namespace {
+
+const String kColorSpaceKey("ColorSpaceDescription.Type");
+const String kDeltaEFormulaKey("ColorSpaceDescription.DeltaEFormula");
+
+[[noreturn]] void Raise(const String& text)
+{
+    throw ExceptionCMetry(text);
+}
+
+[[noreturn]] void RaiseCalculatorFailure()
+{
+    Raise(String("CMetryCalculator"));
+}
+
+float DefaultIfZero(float parameter)
+{
+    return parameter == 0.0f ? 1.0f : parameter;
+}
+
+} // namespace
+
+Lab2Spec CMetryService::asLab2Spec;
+
+QVColorVector CMetryService::GetVector(const QVSpectrum& spectrum, const QVMeasureConditions& conditions)
+{
+    const String space = conditions.GetMeasureCondition(kColorSpaceKey);
+    QVColorVector out;
+    bool ok = false;
+    if (space == String("CIELab")) {
+        ok = CMetryCalculator::GetVector_CIELab(spectrum, conditions, out);
+    } else if (space == String("CIELCh")) {
+        ok = CMetryCalculator::GetVector_CIELCh_ab(spectrum, conditions, out);
+    } else if (space == String("CIEXYZ")) {
+        ok = CMetryCalculator::GetVector_CIEXYZ(spectrum, conditions, out);
+    } else if (space == String("CIExyY")) {
+        ok = CMetryCalculator::GetVector_CIExyY(spectrum, conditions, out);
+    } else if (space == String("CIELChuv")) {
+        ok = CMetryCalculator::GetVector_CIELCh_uv(spectrum, conditions, out);
+    } else if (space == String("LABvq")) {
+        ok = CMetryCalculator::GetVector_LABvq(spectrum, conditions, out);
+    } else if (space == String("LCHvq")) {
+        ok = CMetryCalculator::GetVector_LCHvq(spectrum, conditions, out);
+    } else if (space == String("CIELuv")) {
+        ok = CMetryCalculator::GetVector_CIELuv(spectrum, conditions, out);
+    } else if (space == String("CIEuvY1976") || space == String("CIEuvY1960")) {
+        QVMeasureConditions xyzConditions(conditions);
+        xyzConditions.SetMeasureCondition(kColorSpaceKey, String("CIEXYZ"));
+        QVColorVector xyz;
+        ok = CMetryCalculator::GetVector_CIEXYZ(spectrum, xyzConditions, xyz);
+        if (ok) {
+            ok = space == String("CIEuvY1976") ? CMetryCalculator::GetVector_CIEuvY1976(xyz, out)
+                                               : CMetryCalculator::GetVector_CIEuvY1960(xyz, out);
+        }
+    } else if (space == String("HunterLab")) {
+        ok = CMetryCalculator::GetVector_HunterLab(spectrum, conditions, out);
+    } else if (space == String("RxRyRz")) {
+        ok = CMetryCalculator::GetVector_RxRyRz(spectrum, conditions, out);
+    } else if (space == String("RGB")) {
+        QVColorVector lab;
+        ok = CMetryCalculator::GetVector_CIELab(spectrum, conditions, lab);
+        if (ok) {
+            ok = CMetryCalculator::GetVector_CIELab_RGB(lab, out);
+        }
+    } else {
+        Raise(String("GetVector not supported for ColorSpace ") + space);
+    }
+    if (!ok) {
+        RaiseCalculatorFailure();
+    }
+    return out;
+}
+
+QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String& colorSpace)
+{
+    if (vector.GetMeasureConditions().GetMeasureCondition(kColorSpaceKey) == colorSpace) {
+        return vector;
+    }
+    QVMeasureConditions conditions(vector.GetMeasureConditions());
+    const String source = conditions.GetMeasureCondition(kColorSpaceKey);
+    const auto is = [](const String& value, const char* text) { return value == String(text); };
+    QVColorVector out;
+    bool ok = false;
+    if (is(source, "CIEXYZ") && is(colorSpace, "CIELab")) {
+        ok = CMetryCalculator::GetVector_CIELab(vector, out);
+    } else if (is(source, "CIELab") && is(colorSpace, "CIEXYZ")) {
+        ok = CMetryCalculator::GetVector_CIEXYZ(vector, out);
+    } else if ((is(source, "CIELab") && is(colorSpace, "CIELCh")) || (is(source, "LABvq") && is(colorSpace, "LCHvq")) ||
+               (is(source, "CIELuv") && is(colorSpace, "CIELChuv"))) {
+        ok = CMetryCalculator::GetVector_CIELCh_ab(vector, out);
+    } else if (is(source, "CIEXYZ") && is(colorSpace, "CIExyY")) {
+        ok = CMetryCalculator::GetVector_CIExyY(vector, out);
+    } else if (is(source, "CIELab") && is(colorSpace, "RGB")) {
+        ok = CMetryCalculator::GetVector_CIELab_RGB(vector, out);
+    } else if (is(colorSpace, "RGB")) {
+        const QVColorVector lab = GetVector(vector, String("CIELab"));
+        ok = CMetryCalculator::GetVector_CIELab_RGB(lab, out);
+    } else if ((is(source, "CIEXYZ") || is(source, "CIExyY")) && is(colorSpace, "CIEuvY1960")) {
+        ok = CMetryCalculator::GetVector_CIEuvY1960(vector, out);
+    } else if ((is(source, "CIEXYZ") || is(source, "CIExyY")) && is(colorSpace, "CIEuvY1976")) {
+        ok = CMetryCalculator::GetVector_CIEuvY1976(vector, out);
+    } else {
+        // The last word names "CIEXYZ", whatever the target.
+        Raise(String("Conversion not supported from ColorSpace ") + source + String(" to ColorSpace ") +
+              String("CIEXYZ"));
+    }
+    if (!ok) {
+        RaiseCalculatorFailure();
+    }
+    if (is(colorSpace, "RGB")) {
+        return out;
+    }
+    conditions.SetMeasureCondition(kColorSpaceKey, colorSpace);
+    return QVColorVector(out[0], out[1], out[2], conditions);
+}
+
+float CMetryService::GetDeltaE(const QVSpectrum& first, const QVSpectrum& second,
+                               const QVMeasureConditions& conditions, float p1, float p2, float p3)
+{
+    const String formula = conditions.GetMeasureCondition(kDeltaEFormulaKey);
+    float result = CMetryCalculator::FailedDifference;
+    if (formula == String("CIELab")) {
+        result = CMetryCalculator::GetDeltaE_CIELAB(first, second, conditions);
+    } else if (formula == String("LABvq")) {
+        result = CMetryCalculator::GetDeltaE_vq(first, second, conditions);
+    } else if (formula == String("CIELuv")) {
+        result = CMetryCalculator::GetDeltaE_CIELUV(first, second, conditions);
+    } else if (formula == String("FMCII")) {
+        result = CMetryCalculator::GetDeltaE_FMCII(first, second, conditions);
+    } else if (formula == String("CMC")) {
+        result = CMetryCalculator::GetDeltaE_CMC(first, second, conditions, DefaultIfZero(p1), DefaultIfZero(p2));
+    } else if (formula == String("94")) {
+        result = CMetryCalculator::GetDeltaE_94(first, second, conditions, DefaultIfZero(p1), DefaultIfZero(p2),
+                                                DefaultIfZero(p3));
+    } else {
+        Raise(String("GetDeltaE not supported for DeltaEFormula ") + formula);
+    }
+    // A true difference of exactly 1000000 is reported as a failure too.
+    if (result == CMetryCalculator::FailedDifference) {
+        RaiseCalculatorFailure();
+    }
+    return result;
+}
+
+float CMetryService::GetDeltaE(const QVColorVector& first, const QVColorVector& second, float p1, float p2, float p3)
+{
+    const String formula = first.GetMeasureConditions().GetMeasureCondition(kDeltaEFormulaKey);
+    float result = CMetryCalculator::FailedDifference;
+    if (formula == String("CIELab") || formula == String("94")) {
+        QVLab lab1;
+        QVLab lab2;
+        lab1 = GetVector(first, String("CIELab"));
+        lab2 = GetVector(second, String("CIELab"));
+        if (formula == String("CIELab")) {
+            result = CMetryCalculator::GetDeltaE_CIELAB(lab1, lab2);
+        } else {
+            result = CMetryCalculator::GetDeltaE_94(lab1, lab2, DefaultIfZero(p1), DefaultIfZero(p2),
+                                                    DefaultIfZero(p3));
+        }
+    }
+    // Any other formula (LABvq and the spectrum-only ones) stays at the
+    // failure value.
+    if (result == CMetryCalculator::FailedDifference) {
+        RaiseCalculatorFailure();
+    }
+    return result;
+}
+
+QVColorVector CMetryService::GetDeltaVector(const QVColorVector& first, const QVColorVector& second)
+{
+    QVMeasureConditions conditions(first.GetMeasureConditions());
+    const String type = conditions.GetMeasureCondition(kColorSpaceKey);
+    QVColorVector out;
+    bool ok = false;
+    if (type == String("CIELab")) {
+        ok = CMetryCalculator::GetVector_DeltaCIELCH_ab(first, second, out);
+        conditions.SetMeasureCondition(kColorSpaceKey, String("CIELCh"));
+    } else if (type == String("CIELuv")) {
+        ok = CMetryCalculator::GetVector_CIELCH_uv(first, second, out);
+        conditions.SetMeasureCondition(kColorSpaceKey, String("CIELChuv"));
+    } else if (type == String("LABvq")) {
+        ok = CMetryCalculator::GetVector_LCHvq_delta(first, second, out);
+        conditions.SetMeasureCondition(kColorSpaceKey, String("LCHvq"));
+    }
+    if (!ok) {
+        RaiseCalculatorFailure();
+    }
+    return QVColorVector(out[0], out[1], out[2], conditions);
+}
+
+const Utilities::Vector<String>& CMetryService::GetSupportedValues(const String& key)
+{
+    return QVMeasureConditions::GetSupportedValues(key);
+}
+
+float CMetryService::GetMetamery(const QVSpectrum& first, const QVSpectrum& second,
+                                 const QVMeasureConditions& conditions, const QVMeasureConditions& secondIlluminant)
+{
+    const float result =
+        CMetryCalculator::GetMetamery(first, second, conditions, secondIlluminant.GetIllumination());
+    if (result == CMetryCalculator::FailedDifference) {
+        RaiseCalculatorFailure();
+    }
+    return result;
+}
+
+String CMetryService::GetColorType(const QVSpectrum& spectrum)
+{
+    static const char* const kNames[] = {"Magenta", nullptr, "Blue",  "Cyan",  "Turquo", "Green", "Olive", "YellowGreen",
+                                         "Beige",   "Brown", "Yellow", "Orange", "Red",  "White", "Gray",  "Black"};
+    const ColorTYPE type = CMetryCalculator::GetColorType(spectrum);
+    const char* name = "Undefined";
+    if (type >= 0 && type < 16 && kNames[type] != nullptr) {
+        name = kNames[type];
+    }
+    return Utilities::LanguageServiceInterface().GetTranslation(String(name));
+}
+
+float CMetryService::GetColorTemperature(const QVSpectrum& spectrum)
+{
+    ColorTemperature search;
+    return search.GetColorTemperature(spectrum);
+}
+
+QVSpectrum CMetryService::GetSpectrum(const QVColorVector& vector)
+{
+    const QVColorVector lab = GetVector(vector, String("CIELab"));
+    QVSpectrum spectrum;
+    if (!asLab2Spec.GetSpectrum(lab, spectrum, 0.1, false, 1000)) {
+        Raise(String("CMetryCalculator: Conversion out of Range"));
+    }
+    return spectrum;
+}
+
+Diagnostics::String CMetryService::GetValueString() const
+{
+    return Diagnostics::String("CMetryService");
+}
+
+} // namespace CMetry
