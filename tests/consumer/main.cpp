@@ -30,6 +30,19 @@ int main()
                 return 1;
             }
         }
+        // The colour engine through the installed headers and library: a
+        // flat 50 % reflector is a light grey.
+        float values[36];
+        for (float& value : values) {
+            value = 0.5f;
+        }
+        const CMetry::QVMeasureConditions conditions;
+        const CMetry::QVColorVector lab =
+            CMetry::CMetryService::GetVector(CMetry::QVSpectrum(values, conditions), conditions);
+        if (!(lab[0] > 75.0f && lab[0] < 77.0f)) {
+            std::printf("consumer: unexpected L* %f\n", static_cast<double>(lab[0]));
+            return 1;
+        }
         std::printf("consumer: ok\n");
         return 0;
     }
