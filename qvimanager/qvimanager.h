@@ -10,7 +10,7 @@
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/cmetry/filter.h"
-#include "qvimanager/cmetry/lab2spec.h"
+#include "qvimanager/cmetry/lab_to_spectrum.h"
 #include "qvimanager/cmetry/linalg.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"

@@ -16,7 +16,7 @@
 // Formula parameters of exactly 0 mean the default 1.
 
 #include "qvimanager/cmetry/color_vector.h"
-#include "qvimanager/cmetry/lab2spec.h"
+#include "qvimanager/cmetry/lab_to_spectrum.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"

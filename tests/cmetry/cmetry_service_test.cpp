@@ -16,7 +16,7 @@
 #include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
-#include "qvimanager/cmetry/lab2spec.h"
+#include "qvimanager/cmetry/lab_to_spectrum.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/foundation/exception.h"

@@ -13,7 +13,7 @@
 // compared exactly: a change of the point chosen, of the step or of the stop
 // rule shows as a different spectrum.
 
-#include "qvimanager/cmetry/lab2spec.h"
+#include "qvimanager/cmetry/lab_to_spectrum.h"
 
 #include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/color_vector.h"

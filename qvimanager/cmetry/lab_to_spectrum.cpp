@@ -1,4 +1,4 @@
-#include "qvimanager/cmetry/lab2spec.h"
+#include "qvimanager/cmetry/lab_to_spectrum.h"
 
 #include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/linalg.h"
