@@ -128,8 +128,25 @@ float ColorTemperature::GetColorTemperature(const QVSpectrum& spectrum)
         break;
     }
     // Golden section in reciprocal temperature; a tie goes to the new point.
+    // Above about 26000 K neighbouring radiators can have the same float
+    // u, v: ties then move only the middle point, which can swing between
+    // two values for ever with a half of the bracket wider than the
+    // tolerance. A bracket that comes back to where it was two rounds before
+    // cannot narrow any more, and the search ends there as if converged; so
+    // does any search after kMaximumRounds rounds. A search that converges
+    // is not affected: it ends long before either.
+    constexpr int kMaximumRounds = 500;
+    float before[2][3] = {{-1.0f, -1.0f, -1.0f}, {-1.0f, -1.0f, -1.0f}};
     rounds = 0;
     while (!(T[1] - T[0] <= Tolerance && T[2] - T[1] <= Tolerance)) {
+        if (rounds >= kMaximumRounds ||
+            (T[0] == before[1][0] && T[1] == before[1][1] && T[2] == before[1][2])) {
+            break;
+        }
+        for (int i = 0; i < 3; ++i) {
+            before[1][i] = before[0][i];
+            before[0][i] = T[i];
+        }
         ++rounds;
         float g = 1.0f / T[2] - 1.0f / T[1];
         float t = 1.0f / (1.0f / T[2] - 0.61803f * g);

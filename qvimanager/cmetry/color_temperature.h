@@ -8,6 +8,12 @@
 // stopping when both halves of the bracket are at most 0.5 K wide; the result
 // is rounded to whole kelvin.
 //
+// A search whose bracket stops narrowing at the resolution of float (hot
+// radiators above about 26000 K, where neighbouring temperatures give the
+// same u, v and tied distances make the middle point swing for ever) ends
+// when the bracket repeats itself, or after 500 rounds, with its nearest
+// point, instead of running for ever.
+//
 // The radiation constants are the rounded values h = 6.6262e-34,
 // k = 1.3806e-23 and c = 299790000, not the current ones.
 //

@@ -22,8 +22,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <thread>
 
 using CMetry::CMetryCalculator;
 using CMetry::ColorTemperature;
@@ -252,6 +256,45 @@ TEST(ColorTemperaturePlanck, RadiatorsComeBackWithinOneKelvin)
         const float found = search.GetColorTemperature(search.GetPlanckRadiator(temperature, Emission()));
         EXPECT_NEAR(temperature, found, 1.0f) << temperature;
     }
+}
+
+namespace {
+
+// Runs the search for the radiator of `temperature` in a fresh child process
+// with a watchdog: a search still running after three seconds (an ordinary
+// one takes well under a millisecond) ends the child with code 3. The child
+// exits with 0 when the result is within `tolerance` of the temperature.
+void SearchEndsNear(float temperature, float tolerance)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            std::thread([] {
+                std::this_thread::sleep_for(std::chrono::seconds(3));
+                std::fputs("the search did not end", stderr);
+                std::_Exit(3);
+            }).detach();
+            ColorTemperature search;
+            const float found = search.GetColorTemperature(search.GetPlanckRadiator(temperature, Emission()));
+            std::fprintf(stderr, "found %.1f K", static_cast<double>(found));
+            std::_Exit(std::fabs(found - temperature) <= tolerance ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "found")
+        << temperature << " K";
+}
+
+} // namespace
+
+TEST(ColorTemperaturePlanck, HotRadiatorsEndTheSearch)
+{
+    // Above about 26000 K neighbouring radiators can have the same float
+    // u, v, so their distances to the sample tie. A tie moves only the middle
+    // point, never an end of the bracket; the middle point can then swing
+    // between two values for ever with the bracket wider than 0.5 K. These
+    // three radiators meet that.
+    SearchEndsNear(67500.0f, 1.0f);
+    SearchEndsNear(101250.0f, 1.0f);
+    SearchEndsNear(341719.0f, 10.0f);
 }
 
 TEST(ColorTemperaturePlanck, RadiatorsComeBackUnderTheTenDegreeObserverToo)

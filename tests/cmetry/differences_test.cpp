@@ -13,9 +13,10 @@
 // each spectrum is asserted exactly first, so that a change of the Lab
 // conversion shows there and not as a puzzling difference.
 //
-// The Friele-MacAdam-Chickering II value is recomputed here from the XYZ the
-// library gave, every named value rounded to float as the formula stores it,
-// and compared exactly.
+// The FMC II value is recomputed here from the XYZ the library gave, every
+// named value rounded to float as the formula stores it, and compared
+// exactly; a second evaluation in double throughout checks the formula itself
+// to 1e-4 relative.
 
 #include "qvimanager/cmetry/calculator.h"
 
@@ -628,10 +629,9 @@ TEST(DeltaECMC, LabOfTheTestSpectraIsAsRecorded)
 TEST(DeltaECMC, OneToOneMatchesTheIndependentEvaluation)
 {
     for (const CmcCase& c : CmcCases()) {
-        EXPECT_TRUE(WithinRelative(
-            c.oneToOne, CMetryCalculator::GetDeltaE_CMC(Spectrum(c.first), Spectrum(c.second), Conditions(), 1.0f, 1.0f),
-            kFloatStepsTolerance))
-            << c.name;
+        const float oneToOne =
+            CMetryCalculator::GetDeltaE_CMC(Spectrum(c.first), Spectrum(c.second), Conditions(), 1.0f, 1.0f);
+        EXPECT_TRUE(WithinRelative(c.oneToOne, oneToOne, kFloatStepsTolerance)) << c.name;
     }
 }
 
@@ -650,9 +650,10 @@ TEST(DeltaECMC, TwoToOneChangesOnlyTheLightnessTerm)
 TEST(DeltaECMC, ChromaFactorDividesOnlyTheChromaTerm)
 {
     // Independent double evaluation with l = 1, c = 2.
-    EXPECT_TRUE(WithinRelative(
-        1.359093834, CMetryCalculator::GetDeltaE_CMC(Spectrum(Reddish()), Spectrum(Reddish2()), Conditions(), 1.0f, 2.0f),
-        kFloatStepsTolerance));
+    EXPECT_TRUE(WithinRelative(1.359093834,
+                               CMetryCalculator::GetDeltaE_CMC(Spectrum(Reddish()), Spectrum(Reddish2()),
+                                                               Conditions(), 1.0f, 2.0f),
+                               kFloatStepsTolerance));
     EXPECT_TRUE(WithinRelative(6.268366385,
                                CMetryCalculator::GetDeltaE_CMC(Spectrum(Greenish()), Spectrum(Greenish2()),
                                                                Conditions(), 1.0f, 2.0f),
@@ -676,7 +677,8 @@ TEST(DeltaECMC, ReferenceHuesLieInTheBranchesTheCasesClaim)
 
 TEST(DeltaECMC, IsNotSymmetric)
 {
-    const float forward = CMetryCalculator::GetDeltaE_CMC(Spectrum(Bluish()), Spectrum(Reddish()), Conditions(), 1.0f, 1.0f);
+    const float forward =
+        CMetryCalculator::GetDeltaE_CMC(Spectrum(Bluish()), Spectrum(Reddish()), Conditions(), 1.0f, 1.0f);
     const float backward =
         CMetryCalculator::GetDeltaE_CMC(Spectrum(Reddish()), Spectrum(Bluish()), Conditions(), 1.0f, 1.0f);
     EXPECT_GT(std::fabs(forward - backward), 1.0f);
@@ -900,6 +902,24 @@ TEST(DeltaEFMCII, FollowsTheFormulaWithEveryNamedValueStoredAsFloat)
         EXPECT_GT(actual, 0.0f);
         // And the formula itself, free of the float storage.
         EXPECT_TRUE(WithinRelative(FmcIIDouble(first, second), actual, kFloatStepsTolerance));
+    }
+}
+
+TEST(DeltaEFMCII, FollowsTheStoredFormulaOnManyPairs)
+{
+    // Many pairs, so that a constant of the wrong width or a value not
+    // rounded where it is stored shows in some last digit.
+    const std::array<Values, 8> samples = {Reddish(),  Reddish2(),   Bluish(),    Bluish2(),
+                                           Greenish(), Greenish2(), DarkRising(), Rising(0.3f)};
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        for (std::size_t j = 0; j < samples.size(); ++j) {
+            if (i == j) {
+                continue;
+            }
+            EXPECT_EQ(FmcIIStored(XYZOf(samples[i]), XYZOf(samples[j])),
+                      CMetryCalculator::GetDeltaE_FMCII(Spectrum(samples[i]), Spectrum(samples[j]), Conditions()))
+                << i << " against " << j;
+        }
     }
 }
 
@@ -1206,7 +1226,8 @@ TEST(MetameryIndex, IsTheLabDifferenceAfterTheCorrection)
         EXPECT_GT(index, 0.0f);
         // Smaller than the plain difference under A: the match under D65
         // removes most of it.
-        EXPECT_LT(index, CMetryCalculator::GetDeltaE_CIELAB(Spectrum(pair[0]), Spectrum(pair[1]), UnderA(Conditions())));
+        EXPECT_LT(index,
+                  CMetryCalculator::GetDeltaE_CIELAB(Spectrum(pair[0]), Spectrum(pair[1]), UnderA(Conditions())));
     }
 }
 
@@ -1239,15 +1260,35 @@ TEST(MetameryIndex, AnAxisWhereTheSecondSampleIsZeroTakesTheFactorOne)
     ASSERT_EQ(0.0f, a2[2]);
     ASSERT_GT(a2[0], 0.0f);
     ASSERT_GT(a2[1], 0.0f);
-    const float index = CMetryCalculator::GetMetamery(Spectrum(Greenish()), Spectrum(longOnly), Conditions(), kIlluminantA);
+    const float index =
+        CMetryCalculator::GetMetamery(Spectrum(Greenish()), Spectrum(longOnly), Conditions(), kIlluminantA);
     EXPECT_TRUE(std::isfinite(index));
     EXPECT_EQ(MetameryStepByStep(Greenish(), longOnly, Conditions()), index);
+}
+
+TEST(MetameryIndex, AZeroAxisTakesTheFactorOneAlsoWhereTheSecondIlluminantSeesIt)
+{
+    // Two values whose products with the D65 z-bar weights are exact
+    // negatives of each other (each value the other point's weight): Z is
+    // exactly 0 under D65, so its factor is 1, yet not 0 under A, so the
+    // factor shows in the index.
+    const Weightfactors d65(Conditions());
+    Values second{};
+    second[5] = d65[2][12];
+    second[12] = -d65[2][5];
+    ASSERT_EQ(0.0f, XYZOf(second)[2]);
+    ASSERT_NE(0.0f, XYZOf(second)[0]);
+    ASSERT_NE(0.0f, XYZOf(second, UnderA(Conditions()))[2]);
+    const float index =
+        CMetryCalculator::GetMetamery(Spectrum(Greenish()), Spectrum(second), Conditions(), kIlluminantA);
+    EXPECT_EQ(MetameryStepByStep(Greenish(), second, Conditions()), index);
 }
 
 TEST_F(MetameryFailure, GivesOneMillionWhenAConversionFails)
 {
     EXPECT_EQ(kFailed,
-              CMetryCalculator::GetMetamery(Spectrum(Greenish()), Spectrum(Greenish2()), PaperConditions(), kIlluminantA));
+              CMetryCalculator::GetMetamery(Spectrum(Greenish()), Spectrum(Greenish2()), PaperConditions(),
+                                            kIlluminantA));
 }
 
 TEST_F(MetameryFailure, WithAPaperWhiteBasesBothSamples)
@@ -1342,7 +1383,7 @@ TEST(ColorTypeChroma, TheSaturatedRedOfChromaAbove80IsGrey)
 
 TEST(ColorTypeChroma, OnlyAChromaAbove1001IsChromatic)
 {
-    // Light above 670 nm only, scaled up until the chroma passes 1001: the
+    // Light from 650 nm on only, scaled up until the chroma passes 1001: the
     // hue stays near 43 degrees and the lightness far above 100. Bisect the
     // scale down to two neighbouring floats on either side of the limit.
     float low = 1000.0f;
