@@ -649,17 +649,27 @@ float DifferenceLength(const QVColorVector& first, const QVColorVector& second)
     return difference.Length();
 }
 
+using SpectrumConversion = bool (*)(const QVSpectrum&, const QVMeasureConditions&, QVColorVector&);
+
+// The Euclidean difference of the two spectra in the space of `convert`, or
+// the failure value.
+float EuclideanDifference(SpectrumConversion convert, const QVSpectrum& first, const QVSpectrum& second,
+                          const QVMeasureConditions& conditions)
+{
+    QVColorVector a;
+    QVColorVector b;
+    if (!convert(first, conditions, a) || !convert(second, conditions, b)) {
+        return CMetryCalculator::FailedDifference;
+    }
+    return DifferenceLength(a, b);
+}
+
 } // namespace
 
 float CMetryCalculator::GetDeltaE_CIELAB(const QVSpectrum& first, const QVSpectrum& second,
                                          const QVMeasureConditions& conditions)
 {
-    QVColorVector a;
-    QVColorVector b;
-    if (!GetVector_CIELab(first, conditions, a) || !GetVector_CIELab(second, conditions, b)) {
-        return FailedDifference;
-    }
-    return DifferenceLength(a, b);
+    return EuclideanDifference(&CMetryCalculator::GetVector_CIELab, first, second, conditions);
 }
 
 float CMetryCalculator::GetDeltaE_CIELAB(const QVLab& first, const QVLab& second)
@@ -699,23 +709,13 @@ float CMetryCalculator::GetDeltaE_CIELAB_SpeedOptimized(const QVLab& reference, 
 float CMetryCalculator::GetDeltaE_CIELUV(const QVSpectrum& first, const QVSpectrum& second,
                                          const QVMeasureConditions& conditions)
 {
-    QVColorVector a;
-    QVColorVector b;
-    if (!GetVector_CIELuv(first, conditions, a) || !GetVector_CIELuv(second, conditions, b)) {
-        return FailedDifference;
-    }
-    return DifferenceLength(a, b);
+    return EuclideanDifference(&CMetryCalculator::GetVector_CIELuv, first, second, conditions);
 }
 
 float CMetryCalculator::GetDeltaE_vq(const QVSpectrum& first, const QVSpectrum& second,
                                      const QVMeasureConditions& conditions)
 {
-    QVColorVector a;
-    QVColorVector b;
-    if (!GetVector_LABvq(first, conditions, a) || !GetVector_LABvq(second, conditions, b)) {
-        return FailedDifference;
-    }
-    return DifferenceLength(a, b);
+    return EuclideanDifference(&CMetryCalculator::GetVector_LABvq, first, second, conditions);
 }
 
 float CMetryCalculator::GetDeltaE_FMCII(const QVSpectrum& first, const QVSpectrum& second,
