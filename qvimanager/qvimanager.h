@@ -17,6 +17,7 @@
 #include "qvimanager/cmetry/tables/cie_tables.h"
 #include "qvimanager/cmetry/weightfactors.h"
 #include "qvimanager/components/resolve.h"
+#include "qvimanager/density/density_filter.h"
 #include "qvimanager/diagnostics/diagnostic_kit.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"
 #include "qvimanager/diagnostics/diagnostic_vector.h"
