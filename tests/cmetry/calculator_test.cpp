@@ -14,6 +14,7 @@
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/weightfactors.h"
 
+#include "tests/cmetry/sample_spectra.h"
 #include "tests/cmetry/test_access.h"
 #include "tests/support/failure_text.h"
 
@@ -41,7 +42,12 @@ using Utilities::String;
 
 namespace {
 
-using Values = std::array<float, 36>;
+using TestSpectra::Values;
+using TestSpectra::Reddish;
+using TestSpectra::Bluish;
+using TestSpectra::Scaled;
+using TestSpectra::PaperValues;
+
 using Triple = std::array<float, 3>;
 
 constexpr double kPi = 3.14159265358979323846;
@@ -99,15 +105,6 @@ Values Flat(float value)
     return values;
 }
 
-// Low at short wavelengths, high from 580 nm on.
-Values Reddish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = i < 20 ? 0.05f + 0.004f * static_cast<float>(i) : 0.8f;
-    }
-    return values;
-}
 
 // A hump around 550 nm.
 Values Greenish()
@@ -120,15 +117,6 @@ Values Greenish()
     return values;
 }
 
-// Falling from 0.7 at 380 nm.
-Values Bluish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.7f - 0.018f * static_cast<float>(i);
-    }
-    return values;
-}
 
 // Every value below 0.008856: each ratio to the white is a weighted mean of
 // the values, so all three axes take the linear branch of Lab.
@@ -141,14 +129,6 @@ Values Dark()
     return values;
 }
 
-Values Scaled(const Values& values, float factor)
-{
-    Values scaled{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        scaled[i] = values[i] * factor;
-    }
-    return scaled;
-}
 
 // ---------------------------------------------------------------- expected values
 
@@ -388,22 +368,8 @@ QVSpectrum FirstSpectrum(const QVSample& sample)
     return spectrum;
 }
 
-// A paper white that is not flat, so that basing on it shows.
-Values PaperValues()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.6f + 0.01f * static_cast<float>(i);
-    }
-    return values;
-}
 
-// Every test of the paper white starts and ends without one.
-class PaperWhiteFixture : public ::testing::Test {
-protected:
-    void SetUp() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-    void TearDown() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-};
+using PaperWhiteFixture = TestSpectra::NoPaperWhite;
 
 // The fixtures carry the suite names.
 class PaperWhiteMissing : public PaperWhiteFixture {};

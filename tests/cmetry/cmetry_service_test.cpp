@@ -21,6 +21,7 @@
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/foundation/exception.h"
 
+#include "tests/cmetry/sample_spectra.h"
 #include "tests/cmetry/test_access.h"
 #include "tests/support/failure_text.h"
 
@@ -48,7 +49,10 @@ using Utilities::String;
 
 namespace {
 
-using Values = std::array<float, 36>;
+using TestSpectra::Values;
+using TestSpectra::Reddish;
+using TestSpectra::Bluish;
+
 
 constexpr float kFailed = 1000000.0f;
 
@@ -134,15 +138,6 @@ Values Flat(float value)
     return values;
 }
 
-// Low at short wavelengths, high from 580 nm on.
-Values Reddish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = i < 20 ? 0.05f + 0.004f * static_cast<float>(i) : 0.8f;
-    }
-    return values;
-}
 
 // Near Reddish, but darker, less saturated and of another hue: the
 // differences in lightness, chroma and hue are all far from 0.
@@ -155,15 +150,6 @@ Values Orangeish()
     return values;
 }
 
-// Falling from 0.7 at 380 nm.
-Values Bluish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.7f - 0.018f * static_cast<float>(i);
-    }
-    return values;
-}
 
 // A hump around 550 nm.
 Values Greenish()

@@ -16,6 +16,7 @@
 #include "qvimanager/cmetry/tables/cie_tables.h"
 #include "qvimanager/cmetry/weightfactors.h"
 
+#include "tests/cmetry/sample_spectra.h"
 #include "tests/cmetry/test_access.h"
 #include "tests/support/failure_text.h"
 
@@ -43,7 +44,11 @@ using Utilities::String;
 
 namespace {
 
-using Values = std::array<float, 36>;
+using TestSpectra::Values;
+using TestSpectra::Reddish;
+using TestSpectra::Scaled;
+using TestSpectra::PaperValues;
+
 
 // ---------------------------------------------------------------- conditions
 
@@ -90,14 +95,6 @@ Values Flat(float value)
     return values;
 }
 
-Values Scaled(const Values& values, float factor)
-{
-    Values scaled{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        scaled[i] = values[i] * factor;
-    }
-    return scaled;
-}
 
 // A 1 nm table from 300 nm sampled at 380, 390, ..., 730 nm.
 Values Sampled(const float* table)
@@ -140,15 +137,6 @@ Values Greenish()
     return values;
 }
 
-// Low at short wavelengths, high from 580 nm on.
-Values Reddish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = i < 20 ? 0.05f + 0.004f * static_cast<float>(i) : 0.8f;
-    }
-    return values;
-}
 
 // ---------------------------------------------------------------- Planck's law
 
@@ -181,21 +169,8 @@ public:
     ~PaperWhiteInstalled() { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
 };
 
-Values PaperValues()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.6f + 0.01f * static_cast<float>(i);
-    }
-    return values;
-}
 
-// Each test starts and ends without a paper white.
-class ColorTemperaturePaper : public ::testing::Test {
-protected:
-    void SetUp() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-    void TearDown() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-};
+using ColorTemperaturePaper = TestSpectra::NoPaperWhite;
 
 } // namespace
 

@@ -26,6 +26,7 @@
 #include "qvimanager/cmetry/weightfactors.h"
 #include "qvimanager/foundation/exception.h"
 
+#include "tests/cmetry/sample_spectra.h"
 #include "tests/cmetry/test_access.h"
 #include "tests/support/failure_text.h"
 
@@ -56,7 +57,12 @@ using Utilities::String;
 
 namespace {
 
-using Values = std::array<float, 36>;
+using TestSpectra::Values;
+using TestSpectra::Reddish;
+using TestSpectra::Bluish;
+using TestSpectra::Scaled;
+using TestSpectra::PaperValues;
+
 using Triple = std::array<float, 3>;
 
 constexpr float kFailed = 1000000.0f;
@@ -96,24 +102,7 @@ Values Flat(float value)
     return values;
 }
 
-Values Scaled(const Values& values, float factor)
-{
-    Values scaled{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        scaled[i] = values[i] * factor;
-    }
-    return scaled;
-}
 
-// Low at short wavelengths, high from 580 nm on: hue about 46 degrees.
-Values Reddish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = i < 20 ? 0.05f + 0.004f * static_cast<float>(i) : 0.8f;
-    }
-    return values;
-}
 
 Values Reddish2()
 {
@@ -124,15 +113,6 @@ Values Reddish2()
     return values;
 }
 
-// Falling from 0.7 at 380 nm: hue about 254 degrees.
-Values Bluish()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.7f - 0.018f * static_cast<float>(i);
-    }
-    return values;
-}
 
 Values Bluish2()
 {
@@ -291,22 +271,8 @@ public:
     ~PaperWhiteInstalled() { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
 };
 
-// A paper white that is not flat, so that basing on it shows.
-Values PaperValues()
-{
-    Values values{};
-    for (std::size_t i = 0; i < 36; ++i) {
-        values[i] = 0.6f + 0.01f * static_cast<float>(i);
-    }
-    return values;
-}
 
-// Each test starts and ends without a paper white.
-class NoPaperWhiteAtStart : public ::testing::Test {
-protected:
-    void SetUp() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-    void TearDown() override { TestAccess::SetPaperWhitePointer(SmartPointer<QVSample>()); }
-};
+using NoPaperWhiteAtStart = TestSpectra::NoPaperWhite;
 
 class DeltaEFailure : public NoPaperWhiteAtStart {};
 class DeltaESpeedOptimizedPaper : public NoPaperWhiteAtStart {};
