@@ -1,6 +1,7 @@
 #include "qvimanager/cmetry/measure_conditions.h"
 
 #include "qvimanager/cmetry/spectrum.h"
+#include "qvimanager/density/density_calculator.h"
 #include "qvimanager/platform/language_service_interface.h"
 
 using Utilities::Map;
@@ -200,8 +201,8 @@ QVMeasureConditions::Initialisator::Initialisator() : SmartPointer<QVMeasureCond
     AddType(String("ColorSpaceDescription.LCHvq"), kLCHvqElements);
     AddType(String("ColorSpaceDescription.RGB"), kRGBElements);
     AddType(String("ColorSpaceDescription.CMYK"), kCMYKElements);
-    // The density calibration store is filled here too, once densitometry
-    // is part of the library.
+    // Last: the density calibration store starts neutral.
+    DensityCalculator::InitializeDensityCalibration();
 }
 
 Diagnostics::String QVMeasureConditions::Initialisator::GetValueString() const

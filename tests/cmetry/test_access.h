@@ -14,6 +14,7 @@
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/weightfactors.h"
+#include "qvimanager/density/density.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/string.h"
 
@@ -23,6 +24,10 @@ namespace CMetry {
 
 class TestAccess {
 public:
+    // ------------------------------------------------------------ QVDensity
+
+    static bool IsValid(const QVDensity& density) { return density.IsValid(); }
+
     // ------------------------------------------------------------ QVMeasureConditions
 
     static QVIllumination GetIllumination(const QVMeasureConditions& conditions)

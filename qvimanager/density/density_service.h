@@ -1,0 +1,95 @@
+#ifndef QVIMANAGER_DENSITY_DENSITY_SERVICE_H
+#define QVIMANAGER_DENSITY_DENSITY_SERVICE_H
+
+// DensityService: densitometry for callers that think in condition sets. It
+// reads the density standard, filter mode, white base and physical filter
+// from a QVMeasureConditions and raises ExceptionCMetry, with its text
+// passed through LanguageServiceInterface::GetTranslation, where the
+// calculator answers false:
+//
+//   "Missing WhiteReference"          GetDensity, GetDensityFilterName:
+//                                     white base "Paper" or "Automatic" and
+//                                     no paper white set
+//   "Calculation of Density failed"   GetDensity, GetDensityFilterName: the
+//                                     density is exactly 9.99f (also a valid
+//                                     colour reading of that value; a black
+//                                     reading of 11.99 is not)
+//   "Calculation of dot gain failed"  GetDotGain
+//   "Calculation of slur failed at Halftone " and the tint's index
+//                                     GetSlur
+//
+// Not synchronised: it works on the process-wide paper white, filter set and
+// calibration store.
+
+#include "qvimanager/cmetry/measure_conditions.h"
+#include "qvimanager/cmetry/spectrum.h"
+#include "qvimanager/diagnostics/diagnostic_string.h"
+#include "qvimanager/foundation/containers.h"
+#include "qvimanager/foundation/smart_pointer.h"
+#include "qvimanager/foundation/string.h"
+
+namespace CMetry {
+
+class DensityService {
+public:
+    using Calibration = Utilities::SmartPointer<Utilities::Vector<float>>;
+
+    ~DensityService() = default;
+    void Invariant() const {}
+    // The empty text.
+    Diagnostics::String GetValueString() const;
+
+    // The density under the conditions' standard, filter mode and white
+    // base. Modes "Black" to "Yellow" read that filter; "Max" and "Auto"
+    // select the filter automatically. Calibration applies.
+    static float GetDensity(const QVSpectrum& spectrum, const QVMeasureConditions& conditions);
+    // The name of the filter GetDensity reads ("Black", "Cyan", "Magenta",
+    // "Yellow"), with GetDensity's two failures.
+    static Utilities::String GetDensityFilterName(const QVSpectrum& spectrum, const QVMeasureConditions& conditions);
+    // Murray-Davies dot area of the tint against the solid, relative to
+    // paper white, in percent minus the nominal percentage. The calibration
+    // cell of the conditions is neutral during the call and restored after
+    // success; after the failure it stays neutral.
+    static float GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid, const QVMeasureConditions& conditions,
+                            float nominalPercent);
+    // (n x largest area - sum of the areas) x 100 over the n tints; 0.0 for
+    // one tint or none, without touching anything. The calibration is
+    // neutral during the call and restored on every path.
+    static float GetSlur(const Utilities::Vector<QVSpectrum>& tints, const QVSpectrum& solid,
+                         const QVMeasureConditions& conditions);
+    // Installs a new paper white holding a copy of the spectrum.
+    static void SetPaperWhite(const QVSpectrum& spectrum);
+    // The four filters of the user-defined standard as spectra.
+    static Utilities::Vector<QVSpectrum> GetUserdefinedFilter();
+    // Stores the first four spectra as the user-defined filters (they take
+    // effect when the user standard is next selected anew). A vector of
+    // fewer than four raises ExceptionOutOfBound with "vector index >=
+    // vector size" before anything is stored.
+    static void SetUserdefinedFilter(const Utilities::Vector<QVSpectrum>& filters);
+    // Writes four slopes and four offsets (1.0 and 0.0 for an empty
+    // pointer) into the cells addressed by the conditions: physical filter
+    // "Undefined" addresses all 13 physical filters, density standard
+    // "Undefined" all 6 standards.
+    static void SetDensityCalibration(const QVMeasureConditions& conditions, Calibration slope, Calibration offset);
+    // Replaces both pointers with new four-value vectors read from the one
+    // cell of the conditions (no wildcards: a density standard "Undefined"
+    // raises the calibration store's range error).
+    static void GetDensityCalibration(const QVMeasureConditions& conditions, Calibration& slope,
+                                      Calibration& offset);
+
+private:
+    friend class TestAccess;
+
+    // The density of GetDensity with its two failures; `filter` receives
+    // the filter that was read.
+    static float CheckedDensity(const QVSpectrum& spectrum, const QVMeasureConditions& conditions,
+                                QVDensFilterTYPE& filter);
+
+    DensityService() = default;
+    DensityService(const DensityService&) = default;
+    DensityService& operator=(const DensityService&) = default;
+};
+
+} // namespace CMetry
+
+#endif
