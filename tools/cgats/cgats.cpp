@@ -1,0 +1,363 @@
+#include "tools/cgats/cgats.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+#include <system_error>
+
+namespace Cgats {
+
+namespace {
+
+bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+std::string Upper(std::string_view text)
+{
+    std::string result(text);
+    for (char& c : result) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return result;
+}
+
+// The keywords a CGATS.17 file may use without declaring them.
+const char* const kStandardKeywords[] = {
+    "ORIGINATOR", "FILE_DESCRIPTOR", "DESCRIPTOR", "CREATED", "MANUFACTURER", "MANUFACTURE", "PROD_DATE",
+    "SERIAL", "MATERIAL", "INSTRUMENTATION", "MEASUREMENT_SOURCE", "PRINT_CONDITIONS", "SAMPLE_BACKING",
+    "CHISQ_DOF", "WEIGHTING_FUNCTION", "COMPUTATIONAL_PARAMETER", "TARGET_TYPE", "COLORANT"};
+
+bool IsStandardKeyword(const std::string& key)
+{
+    return std::any_of(std::begin(kStandardKeywords), std::end(kStandardKeywords),
+                       [&](const char* standard) { return key == standard; });
+}
+
+template <typename T>
+bool ParseAs(std::string_view text, T& value)
+{
+    if (text.empty() || text.size() > 64) {
+        return false;
+    }
+    char scratch[65];
+    std::size_t length = 0;
+    std::size_t start = 0;
+    if (text[0] == '+') {
+        start = 1;
+    }
+    for (std::size_t i = start; i < text.size(); ++i) {
+        scratch[length++] = text[i] == ',' ? '.' : text[i];
+    }
+    if (length == 0) {
+        return false;
+    }
+    // from_chars reads no leading "+" and no second sign.
+    if (scratch[0] == '+' || (scratch[0] == '-' && start == 1)) {
+        return false;
+    }
+    T parsed{};
+    const auto [end, error] = std::from_chars(scratch, scratch + length, parsed, std::chars_format::general);
+    if (error != std::errc() || end != scratch + length) {
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+} // namespace
+
+Error::Error(const std::string& fileName, std::size_t lineNumber, const std::string& text)
+    : std::runtime_error(fileName + (lineNumber > 0 ? ":" + std::to_string(lineNumber) : std::string()) + ": " + text),
+      file(fileName),
+      line(lineNumber),
+      message(text)
+{
+}
+
+void Tokenize(std::string_view line, std::vector<std::string_view>& tokens)
+{
+    tokens.clear();
+    std::size_t i = 0;
+    const std::size_t n = line.size();
+    while (i < n) {
+        while (i < n && IsBlank(line[i])) {
+            ++i;
+        }
+        if (i >= n) {
+            break;
+        }
+        if (line[i] == '#') {
+            break;
+        }
+        if (line[i] == '"') {
+            const std::size_t close = line.find('"', i + 1);
+            if (close == std::string_view::npos) {
+                // An unclosed quote runs to the end of the line.
+                tokens.push_back(line.substr(i + 1));
+                break;
+            }
+            tokens.push_back(line.substr(i + 1, close - i - 1));
+            i = close + 1;
+            continue;
+        }
+        const std::size_t start = i;
+        while (i < n && !IsBlank(line[i])) {
+            ++i;
+        }
+        tokens.push_back(line.substr(start, i - start));
+    }
+}
+
+bool ParseNumber(std::string_view text, double& value)
+{
+    return ParseAs(text, value);
+}
+
+bool ParseNumber(std::string_view text, float& value)
+{
+    return ParseAs(text, value);
+}
+
+int SpectralWavelength(std::string_view field)
+{
+    std::string name = Upper(field);
+    std::string_view rest(name);
+    if (rest.substr(0, 8) == "SPECTRAL") {
+        rest.remove_prefix(8);
+        if (!rest.empty() && rest[0] == '_') {
+            rest.remove_prefix(1);
+        }
+    }
+    if (rest.substr(0, 2) == "NM") {
+        rest.remove_prefix(2);
+        if (!rest.empty() && rest[0] == '_') {
+            rest.remove_prefix(1);
+        }
+    } else if (rest.size() == name.size()) {
+        // Neither "SPECTRAL" nor "NM": not a spectral field.
+        return 0;
+    }
+    if (rest.empty() || rest.size() > 4) {
+        return 0;
+    }
+    int wavelength = 0;
+    for (char c : rest) {
+        if (c < '0' || c > '9') {
+            return 0;
+        }
+        wavelength = wavelength * 10 + (c - '0');
+    }
+    return wavelength;
+}
+
+Reader::Reader(std::istream& in, std::string fileName) : input(in), name(std::move(fileName))
+{
+    std::vector<std::string_view> tokens;
+    // The identifier: the first line that is not blank or a comment.
+    while (true) {
+        if (!ReadLine()) {
+            Fail("not a CGATS file: it is empty");
+        }
+        Tokenize(buffer, tokens);
+        if (!tokens.empty()) {
+            break;
+        }
+    }
+    const std::string_view first = tokens[0];
+    const bool printable = std::all_of(first.begin(), first.end(), [](char c) {
+        const auto u = static_cast<unsigned char>(c);
+        return u > 32 && u < 127;
+    });
+    if (!printable || tokens.size() > 2 || first == "BEGIN_DATA" || first == "BEGIN_DATA_FORMAT") {
+        Fail("not a CGATS file: the first line does not name the file format");
+    }
+    identifier = std::string(first);
+
+    bool inFormat = false;
+    bool formatSeen = false;
+    while (true) {
+        if (!ReadLine()) {
+            if (!formatSeen) {
+                Fail("not a CGATS file: no BEGIN_DATA_FORMAT");
+            }
+            Fail("no BEGIN_DATA");
+        }
+        Tokenize(buffer, tokens);
+        if (tokens.empty()) {
+            continue;
+        }
+        if (inFormat) {
+            for (std::string_view token : tokens) {
+                if (token == "END_DATA_FORMAT") {
+                    inFormat = false;
+                    formatLine = lineNumber;
+                    break;
+                }
+                fields.emplace_back(token);
+            }
+            continue;
+        }
+        const std::string_view key = tokens[0];
+        if (key == "BEGIN_DATA_FORMAT") {
+            if (formatSeen) {
+                Fail("a second BEGIN_DATA_FORMAT");
+            }
+            formatSeen = true;
+            inFormat = true;
+            for (std::size_t i = 1; i < tokens.size(); ++i) {
+                if (tokens[i] == "END_DATA_FORMAT") {
+                    inFormat = false;
+                    formatLine = lineNumber;
+                    break;
+                }
+                fields.emplace_back(tokens[i]);
+            }
+            continue;
+        }
+        if (key == "BEGIN_DATA") {
+            if (!formatSeen) {
+                Fail("BEGIN_DATA before BEGIN_DATA_FORMAT");
+            }
+            if (fields.empty()) {
+                Fail("the data format names no fields");
+            }
+            break;
+        }
+        if (key == "END_DATA_FORMAT" || key == "END_DATA") {
+            Fail(std::string(key) + " without its BEGIN");
+        }
+        std::string value;
+        for (std::size_t i = 1; i < tokens.size(); ++i) {
+            if (i > 1) {
+                value += ' ';
+            }
+            value += tokens[i];
+        }
+        keywords.emplace_back(std::string(key), value);
+    }
+}
+
+std::string Reader::Keyword(std::string_view key) const
+{
+    for (const auto& [k, v] : keywords) {
+        if (k == key) {
+            return v;
+        }
+    }
+    return std::string();
+}
+
+int Reader::FieldIndex(std::string_view field) const
+{
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (fields[i] == field) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+bool Reader::ReadLine()
+{
+    if (!std::getline(input, buffer)) {
+        return false;
+    }
+    ++lineNumber;
+    if (!buffer.empty() && buffer.back() == '\r') {
+        buffer.pop_back();
+    }
+    return true;
+}
+
+void Reader::Fail(const std::string& message) const
+{
+    throw Error(name, lineNumber, message);
+}
+
+bool Reader::Next(Row& row)
+{
+    while (!finished) {
+        if (!ReadLine()) {
+            finished = true;
+            break;
+        }
+        Tokenize(buffer, row.values);
+        if (row.values.empty()) {
+            continue;
+        }
+        if (row.values[0] == "END_DATA") {
+            finished = true;
+            break;
+        }
+        if (row.values.size() != fields.size()) {
+            Fail("the row has " + std::to_string(row.values.size()) + " values for " +
+                 std::to_string(fields.size()) + " fields");
+        }
+        row.line = lineNumber;
+        return true;
+    }
+    row.values.clear();
+    return false;
+}
+
+std::string Quote(std::string_view text)
+{
+    std::string quoted = "\"";
+    for (char c : text) {
+        quoted += c == '"' ? '\'' : (c == '\n' || c == '\r' || c == '\t') ? ' ' : c;
+    }
+    quoted += '"';
+    return quoted;
+}
+
+Writer::Writer(std::ostream& out) : output(out) {}
+
+void Writer::Begin(const std::string& identifier, const std::vector<std::pair<std::string, std::string>>& keywords,
+                   const std::vector<std::string>& comments, const std::vector<std::string>& fields,
+                   std::size_t rows)
+{
+    output << identifier << '\n';
+    for (const auto& [key, value] : keywords) {
+        if (!IsStandardKeyword(key)) {
+            output << "KEYWORD\t" << Quote(key) << '\n';
+        }
+        double number;
+        output << key << '\t' << (ParseNumber(value, number) ? value : Quote(value)) << '\n';
+    }
+    for (const std::string& comment : comments) {
+        output << "# " << comment << '\n';
+    }
+    output << "NUMBER_OF_FIELDS\t" << fields.size() << '\n';
+    output << "BEGIN_DATA_FORMAT\n";
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        output << (i > 0 ? "\t" : "") << fields[i];
+    }
+    output << "\nEND_DATA_FORMAT\n";
+    output << "NUMBER_OF_SETS\t" << rows << '\n';
+    output << "BEGIN_DATA\n";
+}
+
+void Writer::WriteRow(const std::vector<std::string>& values, const std::vector<bool>& text)
+{
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (i > 0) {
+            output << '\t';
+        }
+        if (i < text.size() && text[i]) {
+            output << Quote(values[i]);
+        } else {
+            output << values[i];
+        }
+    }
+    output << '\n';
+}
+
+void Writer::End()
+{
+    output << "END_DATA\n";
+}
+
+} // namespace Cgats

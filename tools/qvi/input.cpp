@@ -1,0 +1,195 @@
+#include "tools/qvi/input.h"
+
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace Qvi {
+
+namespace {
+
+constexpr std::size_t kProgressStep = 50000;
+
+void Progress(bool enabled, const std::string& what, const std::string& file, std::size_t rows)
+{
+    if (enabled && rows % kProgressStep == 0) {
+        std::cerr << "\rqvi: " << what << ' ' << file << ": " << rows << " samples" << std::flush;
+    }
+}
+
+void EndProgress(bool enabled)
+{
+    if (enabled) {
+        std::cerr << "\r\033[K" << std::flush;
+    }
+}
+
+} // namespace
+
+SpectralFile::SpectralFile(const std::string& filePath) : path(filePath), name(filePath)
+{
+    if (filePath == "-") {
+        name = "<stdin>";
+        copy = std::make_unique<TempFile>();
+        std::ofstream out(copy->Path(), std::ios::binary);
+        out << std::cin.rdbuf();
+        path = copy->Path();
+    }
+    std::ifstream probe(path, std::ios::binary);
+    if (!probe) {
+        throw Cgats::Error(name, 0, "cannot open the file");
+    }
+}
+
+void SpectralFile::Open(std::ifstream& stream) const
+{
+    stream.open(path, std::ios::binary);
+    if (!stream) {
+        throw Cgats::Error(name, 0, "cannot open the file");
+    }
+}
+
+void SpectralFile::Layout(const Cgats::Reader& reader)
+{
+    gridField.fill(-1);
+    const auto& fields = reader.Fields();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const int wavelength = Cgats::SpectralWavelength(fields[i]);
+        if (wavelength >= 380 && wavelength <= 730 && wavelength % 10 == 0) {
+            int& slot = gridField[static_cast<std::size_t>((wavelength - 380) / 10)];
+            if (slot >= 0) {
+                throw Cgats::Error(name, reader.FormatLine(),
+                                   "two fields for " + std::to_string(wavelength) + " nm: " + fields[slot] + " and " +
+                                       fields[i]);
+            }
+            slot = static_cast<int>(i);
+        }
+    }
+    for (int point = 0; point < kGridPoints; ++point) {
+        if (gridField[point] < 0) {
+            throw Cgats::Error(name, reader.FormatLine(),
+                               "no spectral field for " + std::to_string(380 + 10 * point) +
+                                   " nm (fields such as SPECTRAL_NM380 ... SPECTRAL_NM730 are needed)");
+        }
+    }
+    idField = reader.FieldIndex("SAMPLE_ID");
+    nameField = reader.FieldIndex("SAMPLE_NAME");
+    const std::string measurement = reader.Keyword("MEAS_TYPE");
+    emission = measurement == "EMISSION";
+}
+
+void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
+                        bool scaled) const
+{
+    sample.line = row.line;
+    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
+    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+    for (int point = 0; point < kGridPoints; ++point) {
+        const std::string_view text = row.values[gridField[point]];
+        bool good;
+        double value;
+        if (scaled && divisor == 1.0) {
+            // Read straight into a float: one rounding of the written
+            // decimal.
+            float direct;
+            good = Cgats::ParseNumber(text, direct);
+            value = direct;
+            sample.values[point] = direct;
+        } else {
+            good = Cgats::ParseNumber(text, value);
+            sample.values[point] = static_cast<float>(value / divisor);
+        }
+        if (!good || !std::isfinite(value)) {
+            throw Cgats::Error(name, row.line,
+                               "the value \"" + std::string(text) + "\" of " + reader.Fields()[gridField[point]] +
+                                   " is not a number");
+        }
+        sample.raw[point] = value;
+    }
+}
+
+void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool progress)
+{
+    std::ifstream stream;
+    Open(stream);
+    Cgats::Reader reader(stream, name);
+    Layout(reader);
+    Cgats::Row row;
+    Sample sample;
+    std::set<std::string> ids;
+    double maximum = 0.0;
+    count = 0;
+    kept.clear();
+    while (reader.Next(row)) {
+        ++count;
+        Read(reader, row, count, sample, false);
+        if (idField >= 0 && !ids.insert(sample.id).second) {
+            throw Cgats::Error(name, row.line, "SAMPLE_ID " + sample.id + " appears twice");
+        }
+        for (double value : sample.raw) {
+            maximum = std::max(maximum, value);
+        }
+        if (keepAll || wanted.count(sample.id) > 0) {
+            kept[sample.id] = sample;
+        }
+        Progress(progress, "checking", name, count);
+    }
+    EndProgress(progress);
+    if (count == 0) {
+        throw Cgats::Error(name, reader.FormatLine(), "the file holds no samples");
+    }
+    for (const std::string& id : wanted) {
+        if (kept.count(id) == 0) {
+            throw Cgats::Error(name, 0, "no sample with SAMPLE_ID " + id);
+        }
+    }
+    if (scale.automatic) {
+        // Emission data keeps its own scale; reflectance above 2 is percent.
+        divisor = !emission && maximum > 2.0 ? 100.0 : 1.0;
+    } else {
+        divisor = scale.divisor;
+    }
+    // The kept samples, read once more now that the scale is known.
+    if (!kept.empty()) {
+        std::ifstream again;
+        Open(again);
+        Cgats::Reader second(again, name);
+        std::size_t index = 0;
+        while (second.Next(row)) {
+            ++index;
+            const std::string id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
+            const auto found = kept.find(id);
+            if (found != kept.end()) {
+                Read(second, row, index, found->second, true);
+            }
+        }
+    }
+}
+
+const Sample* SpectralFile::Find(const std::string& id) const
+{
+    const auto found = kept.find(id);
+    return found == kept.end() ? nullptr : &found->second;
+}
+
+void SpectralFile::ForEach(const std::function<void(const Sample&)>& function, bool progress)
+{
+    std::ifstream stream;
+    Open(stream);
+    Cgats::Reader reader(stream, name);
+    Layout(reader);
+    Cgats::Row row;
+    Sample sample;
+    std::size_t index = 0;
+    while (reader.Next(row)) {
+        ++index;
+        Read(reader, row, index, sample, true);
+        function(sample);
+        Progress(progress, "computing", name, index);
+    }
+    EndProgress(progress);
+}
+
+} // namespace Qvi

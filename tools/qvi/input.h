@@ -1,0 +1,86 @@
+#ifndef QVIMANAGER_TOOLS_QVI_INPUT_H
+#define QVIMANAGER_TOOLS_QVI_INPUT_H
+
+// Spectral input files for qvi: the 36 grid points 380..730 nm of every
+// sample, read row by row from a CGATS file.
+
+#include <array>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "tools/cgats/cgats.h"
+#include "tools/qvi/output.h"
+
+namespace Qvi {
+
+constexpr int kGridPoints = 36;
+
+struct Sample {
+    std::string id;
+    std::string name;
+    std::size_t line = 0;
+    // Values as read, before scaling.
+    std::array<double, kGridPoints> raw{};
+    // The values on the reflectance scale 0..1 (or as read for emission).
+    std::array<float, kGridPoints> values{};
+};
+
+// How reflectance is written: "auto" decides from the data (0..1 unless a
+// value exceeds 2), or a fixed divisor 1 or 100.
+struct Scale {
+    bool automatic = true;
+    double divisor = 1.0;
+};
+
+class SpectralFile {
+public:
+    // Opens the file ("-" is standard input, copied to a temporary file so
+    // that it can be read twice).
+    explicit SpectralFile(const std::string& path);
+
+    // The first pass: checks the whole file (structure, grid fields,
+    // numbers, unique sample ids), finds the scale, and keeps the samples
+    // named in `wanted` (by SAMPLE_ID). Raises Cgats::Error.
+    void Survey(const std::set<std::string>& wanted, Scale scale, bool progress);
+    // The second pass: each sample in file order.
+    void ForEach(const std::function<void(const Sample&)>& function, bool progress);
+
+    const std::string& Name() const { return name; }
+    std::size_t Count() const { return count; }
+    double Divisor() const { return divisor; }
+    bool Emission() const { return emission; }
+    bool HasNames() const { return nameField >= 0; }
+    // A sample kept by Survey, or null.
+    const Sample* Find(const std::string& id) const;
+    // Every sample id in the file (kept only when asked for by Survey's
+    // caller through KeepAll).
+    void KeepAll() { keepAll = true; }
+    const std::map<std::string, Sample>& Kept() const { return kept; }
+
+private:
+    void Open(std::ifstream& stream) const;
+    void Layout(const Cgats::Reader& reader);
+    // Reads the sample; with `scaled` also its values on the chosen scale.
+    void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
+              bool scaled) const;
+
+    std::string path;
+    std::string name;
+    std::unique_ptr<TempFile> copy;
+    std::array<int, kGridPoints> gridField{};
+    int idField = -1;
+    int nameField = -1;
+    std::size_t count = 0;
+    double divisor = 1.0;
+    bool emission = false;
+    bool keepAll = false;
+    std::map<std::string, Sample> kept;
+};
+
+} // namespace Qvi
+
+#endif
