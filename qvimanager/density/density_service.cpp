@@ -140,8 +140,10 @@ float DensityService::GetSlur(const Utilities::Vector<QVSpectrum>& tints, const 
         }
         sum += areas[i];
     }
-    const auto slur =
-        static_cast<float>((static_cast<double>(count) * largest - sum) * 100.0);
+    // n x max - sum in float, like the sum, so that equal areas give
+    // exactly 0; the scaling to percent in double.
+    const float spread = static_cast<float>(count) * largest - sum;
+    const auto slur = static_cast<float>(static_cast<double>(spread) * 100.0);
     SetDensityCalibration(conditions, slope, offset);
     return slur;
 }
