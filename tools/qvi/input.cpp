@@ -88,18 +88,13 @@ void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std:
     sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
     for (int point = 0; point < kGridPoints; ++point) {
         const std::string_view text = row.values[gridField[point]];
-        bool good;
         double value;
-        if (scaled && divisor == 1.0) {
-            // Read straight into a float: one rounding of the written
-            // decimal.
-            float direct;
-            good = Cgats::ParseNumber(text, direct);
-            value = direct;
-            sample.values[point] = direct;
+        bool good;
+        if (scaled) {
+            good = Scaled(text, sample.values[point]);
+            value = sample.values[point];
         } else {
             good = Cgats::ParseNumber(text, value);
-            sample.values[point] = static_cast<float>(value / divisor);
         }
         if (!good || !std::isfinite(value)) {
             throw Cgats::Error(name, row.line,
@@ -125,14 +120,20 @@ void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool
     while (reader.Next(row)) {
         ++count;
         Read(reader, row, count, sample, false);
-        if (idField >= 0 && !ids.insert(sample.id).second) {
+        // Ids must be unique where samples are looked up by id; checking
+        // every file would cost memory that grows with the file.
+        if (keepAll && idField >= 0 && !ids.insert(sample.id).second) {
             throw Cgats::Error(name, row.line, "SAMPLE_ID " + sample.id + " appears twice");
         }
         for (double value : sample.raw) {
             maximum = std::max(maximum, value);
         }
-        if (keepAll || wanted.count(sample.id) > 0) {
+        if ((keepAll || wanted.count(sample.id) > 0) && kept.count(sample.id) == 0) {
             kept[sample.id] = sample;
+            std::vector<std::string>& texts = keptTexts[sample.id];
+            for (int point = 0; point < kGridPoints; ++point) {
+                texts.emplace_back(row.values[gridField[point]]);
+            }
         }
         Progress(progress, "checking", name, count);
     }
@@ -151,21 +152,28 @@ void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool
     } else {
         divisor = scale.divisor;
     }
-    // The kept samples, read once more now that the scale is known.
-    if (!kept.empty()) {
-        std::ifstream again;
-        Open(again);
-        Cgats::Reader second(again, name);
-        std::size_t index = 0;
-        while (second.Next(row)) {
-            ++index;
-            const std::string id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
-            const auto found = kept.find(id);
-            if (found != kept.end()) {
-                Read(second, row, index, found->second, true);
-            }
+    // The kept samples' values on the scale now known, from their texts.
+    for (auto& [id, entry] : kept) {
+        const std::vector<std::string>& texts = keptTexts[id];
+        for (int point = 0; point < kGridPoints; ++point) {
+            Scaled(texts[point], entry.values[point]);
         }
     }
+    keptTexts.clear();
+}
+
+bool SpectralFile::Scaled(std::string_view text, float& value) const
+{
+    if (divisor == 1.0) {
+        // Straight into a float: one rounding of the written decimal.
+        return Cgats::ParseNumber(text, value) && std::isfinite(value);
+    }
+    double number;
+    if (!Cgats::ParseNumber(text, number) || !std::isfinite(number)) {
+        return false;
+    }
+    value = static_cast<float>(number / divisor);
+    return true;
 }
 
 const Sample* SpectralFile::Find(const std::string& id) const

@@ -11,6 +11,8 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "tools/cgats/cgats.h"
 #include "tools/qvi/output.h"
@@ -43,8 +45,9 @@ public:
     explicit SpectralFile(const std::string& path);
 
     // The first pass: checks the whole file (structure, grid fields,
-    // numbers, unique sample ids), finds the scale, and keeps the samples
-    // named in `wanted` (by SAMPLE_ID). Raises Cgats::Error.
+    // numbers; unique sample ids when every sample is kept), finds the
+    // scale, and keeps the samples named in `wanted` (by SAMPLE_ID; the
+    // first of equal ids). Raises Cgats::Error.
     void Survey(const std::set<std::string>& wanted, Scale scale, bool progress);
     // The second pass: each sample in file order.
     void ForEach(const std::function<void(const Sample&)>& function, bool progress);
@@ -56,13 +59,15 @@ public:
     bool HasNames() const { return nameField >= 0; }
     // A sample kept by Survey, or null.
     const Sample* Find(const std::string& id) const;
-    // Every sample id in the file (kept only when asked for by Survey's
-    // caller through KeepAll).
+    // Makes Survey keep every sample (a reference file).
     void KeepAll() { keepAll = true; }
     const std::map<std::string, Sample>& Kept() const { return kept; }
 
 private:
     void Open(std::ifstream& stream) const;
+    // A written value on the file's scale; false for anything but a finite
+    // number.
+    bool Scaled(std::string_view text, float& value) const;
     void Layout(const Cgats::Reader& reader);
     // Reads the sample; with `scaled` also its values on the chosen scale.
     void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
@@ -79,6 +84,7 @@ private:
     bool emission = false;
     bool keepAll = false;
     std::map<std::string, Sample> kept;
+    std::map<std::string, std::vector<std::string>> keptTexts;
 };
 
 } // namespace Qvi

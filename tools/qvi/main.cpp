@@ -620,12 +620,20 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
     const std::string mean = FormatNumber(sum / static_cast<double>(count), options.decimals);
     const std::string p95 = FormatNumber(Percentile(differences.Path(), count, 0.95), options.decimals);
     const std::string tolerance = FormatNumber(options.tolerance, options.decimals);
+    // The first ids above the tolerance; the EXCEEDS column marks them all,
+    // and a bounded list keeps the memory independent of the file.
+    constexpr std::size_t kListed = 20;
     std::string list;
+    std::size_t listed = 0;
     result->ForEachRow([&](const std::vector<std::string>& values) {
-        if (values.back() == "1") {
+        if (values.back() == "1" && listed < kListed) {
             list += (list.empty() ? "" : " ") + values[0];
+            ++listed;
         }
     });
+    if (exceeding > listed) {
+        list += " ... (" + std::to_string(exceeding - listed) + " more)";
+    }
     result->keywords.emplace_back("DELTA_E_MEAN", mean);
     result->keywords.emplace_back("DELTA_E_MAX", FormatNumber(maximum, options.decimals));
     result->keywords.emplace_back("DELTA_E_P95", p95);
