@@ -1,0 +1,1 @@
+// The tests of this file are being written.
