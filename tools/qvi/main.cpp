@@ -95,8 +95,9 @@ const std::map<std::string, std::string> kCommandHelp = {
      "  --illuminant I     A, B, C, D50, D55, D65 (default), D75, F2, F7, F11, F1..F12,\n"
      "                     \"Dxx, Temperature:6500\", Emission\n"
      "  --observer O       TwoDegree (default), TenDegree (also 2, 10)\n"
-     "  --white-base W     Absolute (default here), Paper, Automatic\n"
-     "  --paper-white ID   the sample that is the paper white (for Paper/Automatic)\n"
+     "  --white-base W     Absolute (default), Paper (default with --paper-white),\n"
+     "                     Automatic\n"
+     "  --paper-white ID   the sample that is the paper white\n"
      "  --condition K=V    any other measure condition\n"},
     {"delta-e",
      "usage: qvi delta-e REFERENCE SAMPLES [OPTIONS]\n"
@@ -474,7 +475,9 @@ std::unique_ptr<ResultSet> Color(const Options& options)
         wanted.insert(options.paperWhite);
     }
     file.Survey(wanted, options.scale, progress);
-    std::vector<std::pair<std::string, std::string>> defaults = {{"Colorimetric.WhiteBase", "Absolute"}};
+    // Absolute unless a paper white is named; --white-base overrides both.
+    std::vector<std::pair<std::string, std::string>> defaults = {
+        {"Colorimetric.WhiteBase", options.paperWhite.empty() ? "Absolute" : "Paper"}};
     if (file.Emission()) {
         defaults.emplace_back("Colorimetric.Illumination", "Emission");
     }

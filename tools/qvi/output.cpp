@@ -1,6 +1,7 @@
 #include "tools/qvi/output.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -66,6 +67,10 @@ std::string CsvField(const std::string& text)
 
 std::string FormatNumber(double number, int decimals)
 {
+    if (!std::isfinite(number)) {
+        // Written as a missing value: "" in CGATS, null in JSON.
+        return std::string();
+    }
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, "%.*f", decimals, number);
     std::string text(buffer);

@@ -82,7 +82,8 @@ void ResultSet::ForEachRow(Function function)
     }
 }
 
-// Writes `number` with `decimals` decimals; "-0.000" becomes "0.000".
+// Writes `number` with `decimals` decimals; "-0.000" becomes "0.000". A
+// value that is not finite becomes the empty (missing) value.
 std::string FormatNumber(double number, int decimals);
 
 } // namespace Qvi
