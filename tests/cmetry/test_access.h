@@ -15,6 +15,8 @@
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/weightfactors.h"
 #include "qvimanager/density/density.h"
+#include "qvimanager/density/density_calculator.h"
+#include "qvimanager/density/density_service.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/string.h"
 
@@ -27,6 +29,10 @@ public:
     // ------------------------------------------------------------ QVDensity
 
     static bool IsValid(const QVDensity& density) { return density.IsValid(); }
+
+    // The classes of static operations cannot be built by callers.
+    static Diagnostics::String DensityCalculatorValueString() { return DensityCalculator().GetValueString(); }
+    static Diagnostics::String DensityServiceValueString() { return DensityService().GetValueString(); }
 
     // ------------------------------------------------------------ QVMeasureConditions
 

@@ -23,6 +23,7 @@
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 
+#include "tests/cmetry/test_access.h"
 #include "tests/support/failure_text.h"
 
 #include <gtest/gtest.h>
@@ -903,4 +904,10 @@ TEST_F(DensityServiceTest, GetDensityCalibrationHasNoWildcards)
     // An undefined density standard addresses no cell.
     EXPECT_THROW(DensityService::GetDensityCalibration(Absolute("Cyan", "Undefined"), slope, offset),
                  Utilities::ExceptionOutOfBound);
+}
+
+TEST(DensityStaticClasses, ValueStringsAreEmpty)
+{
+    EXPECT_TRUE(CMetry::TestAccess::DensityServiceValueString() == Diagnostics::String(""));
+    EXPECT_TRUE(CMetry::TestAccess::DensityCalculatorValueString() == Diagnostics::String(""));
 }
