@@ -1,1 +1,2234 @@
-// The tests of this file are being written.
+// qvi, run as a separate process on the bundled samples and on files the
+// tests write: exit status, standard output and standard error of every
+// command and output form, broken inputs, the reflectance scale, measure
+// conditions, the delta-e summary, densities, standard input, and outputs
+// pinned byte for byte.
+
+#include "tools/cgats/cgats.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Strings = std::vector<std::string>;
+
+const std::string kQvi = QVI_EXECUTABLE;
+const std::string kSamples = QVIMANAGER_SAMPLE_DIR;
+const std::string kExpected = QVI_EXPECTED_DIR;
+
+const std::string kChart = "chart24_babelcolor_avg.cgats";
+const std::string kOtherChart = "chart24_ohta.cgats";
+const std::string kIlluminants = "illuminants_cie_spd.cgats";
+const std::string kChips = "munsell_matt_1269.cgats";
+
+// ------------------------------------------------------------ small helpers
+
+std::string ReadFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+void WriteFile(const std::string& path, const std::string& text)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    ASSERT_TRUE(file.good()) << path;
+}
+
+bool StartsWith(const std::string& text, const std::string& prefix)
+{
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+bool Contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+Strings Lines(const std::string& text)
+{
+    Strings lines;
+    std::istringstream input(text);
+    for (std::string line; std::getline(input, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// The 1-based number of the first line that is `line`, or 0.
+std::size_t LineNumber(const std::string& text, const std::string& line)
+{
+    const Strings lines = Lines(text);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        std::string candidate = lines[i];
+        if (!candidate.empty() && candidate.back() == '\r') {
+            candidate.pop_back();
+        }
+        if (candidate == line) {
+            return i + 1;
+        }
+    }
+    return 0;
+}
+
+double Number(const std::string& text)
+{
+    std::size_t used = 0;
+    const double value = std::stod(text, &used);
+    if (used != text.size()) {
+        throw std::invalid_argument("not a number: " + text);
+    }
+    return value;
+}
+
+// CIE lightness of a luminance factor (Y / Yn).
+double Lightness(double y)
+{
+    const double epsilon = 216.0 / 24389.0;
+    const double f = y > epsilon ? std::cbrt(y) : (24389.0 / 27.0 * y + 16.0) / 116.0;
+    return 116.0 * f - 16.0;
+}
+
+// ---------------------------------------------------------- running qvi
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
+{
+    return stream << "status " << outcome.status << "\n--- stdout ---\n"
+                  << outcome.out.substr(0, 2000) << "\n--- stderr ---\n"
+                  << outcome.err;
+}
+
+int TemporaryFile(std::string& path)
+{
+    std::string pattern = (fs::temp_directory_path() / "qvi-test-XXXXXX").string();
+    std::vector<char> name(pattern.begin(), pattern.end());
+    name.push_back('\0');
+    const int descriptor = mkstemp(name.data());
+    path = name.data();
+    return descriptor;
+}
+
+// Runs qvi with `arguments` in `directory`, standard input read from the
+// file `input`; standard output and error are caught in files.
+Outcome Qvi(const Strings& arguments, const std::string& directory = kSamples,
+            const std::string& input = "/dev/null")
+{
+    Outcome outcome;
+    std::string outPath;
+    std::string errPath;
+    const int out = TemporaryFile(outPath);
+    const int err = TemporaryFile(errPath);
+    const int in = open(input.c_str(), O_RDONLY);
+    if (out < 0 || err < 0 || in < 0) {
+        ADD_FAILURE() << "cannot prepare the files of a qvi run";
+        return outcome;
+    }
+    Strings words = {kQvi};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (chdir(directory.c_str()) != 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
+            dup2(err, STDERR_FILENO) < 0) {
+            _exit(126);
+        }
+        execv(kQvi.c_str(), argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    if (child < 0) {
+        ADD_FAILURE() << "fork failed";
+    } else {
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+    close(in);
+    close(out);
+    close(err);
+    outcome.out = ReadFile(outPath);
+    outcome.err = ReadFile(errPath);
+    std::remove(outPath.c_str());
+    std::remove(errPath.c_str());
+    return outcome;
+}
+
+// A run that must succeed: status 0, nothing on standard error.
+#define EXPECT_SUCCESS(outcome)                                                                                        \
+    do {                                                                                                               \
+        const Outcome& run_ = (outcome);                                                                               \
+        EXPECT_EQ(0, run_.status) << run_;                                                                             \
+        EXPECT_EQ("", run_.err) << run_;                                                                               \
+    } while (false)
+
+// A run that must fail with `status`: nothing on standard output, the reason
+// on standard error.
+#define EXPECT_FAILURE(outcome, expectedStatus)                                                                        \
+    do {                                                                                                               \
+        const Outcome& run_ = (outcome);                                                                               \
+        EXPECT_EQ((expectedStatus), run_.status) << run_;                                                              \
+        EXPECT_EQ("", run_.out) << run_;                                                                               \
+        EXPECT_TRUE(StartsWith(run_.err, "qvi: ")) << run_;                                                            \
+    } while (false)
+
+// ----------------------------------------------------- reading the outputs
+
+struct Table {
+    std::string identifier;
+    std::vector<std::pair<std::string, std::string>> keywords;
+    Strings fields;
+    std::vector<Strings> rows;
+
+    std::string Keyword(const std::string& key) const
+    {
+        for (const auto& [k, v] : keywords) {
+            if (k == key) {
+                return v;
+            }
+        }
+        ADD_FAILURE() << "no keyword " << key;
+        return std::string();
+    }
+    bool HasKeyword(const std::string& key) const
+    {
+        return std::any_of(keywords.begin(), keywords.end(), [&](const auto& entry) { return entry.first == key; });
+    }
+    std::size_t Field(const std::string& field) const
+    {
+        const auto found = std::find(fields.begin(), fields.end(), field);
+        if (found == fields.end()) {
+            throw std::out_of_range("no field " + field);
+        }
+        return static_cast<std::size_t>(found - fields.begin());
+    }
+    const std::string& Value(std::size_t row, const std::string& field) const { return rows.at(row).at(Field(field)); }
+    double At(std::size_t row, const std::string& field) const { return Number(Value(row, field)); }
+    std::vector<double> Column(const std::string& field) const
+    {
+        std::vector<double> values;
+        for (std::size_t r = 0; r < rows.size(); ++r) {
+            values.push_back(At(r, field));
+        }
+        return values;
+    }
+    // The row of a SAMPLE_ID.
+    std::size_t Row(const std::string& id) const
+    {
+        for (std::size_t r = 0; r < rows.size(); ++r) {
+            if (Value(r, "SAMPLE_ID") == id) {
+                return r;
+            }
+        }
+        throw std::out_of_range("no SAMPLE_ID " + id);
+    }
+};
+
+Table ReadCgats(std::istream& input, const std::string& name)
+{
+    Cgats::Reader reader(input, name);
+    Table table;
+    table.identifier = reader.Identifier();
+    table.keywords = reader.Keywords();
+    table.fields = reader.Fields();
+    Cgats::Row row;
+    while (reader.Next(row)) {
+        table.rows.emplace_back(row.values.begin(), row.values.end());
+    }
+    return table;
+}
+
+// qvi's CGATS output, checked for its own consistency.
+Table ParseCgats(const std::string& text)
+{
+    std::istringstream input(text);
+    Table table = ReadCgats(input, "output");
+    EXPECT_EQ("CGATS.17", table.identifier);
+    EXPECT_EQ(std::to_string(table.rows.size()), table.Keyword("NUMBER_OF_SETS"));
+    EXPECT_EQ(std::to_string(table.fields.size()), table.Keyword("NUMBER_OF_FIELDS"));
+    EXPECT_EQ("qvi", table.Keyword("ORIGINATOR"));
+    EXPECT_NE(std::string::npos, text.find("\nEND_DATA\n"));
+    return table;
+}
+
+Table Sample(const std::string& file)
+{
+    std::ifstream input(kSamples + "/" + file, std::ios::binary);
+    return ReadCgats(input, file);
+}
+
+// Comma-separated values: the lines of fields, and the "# key: value" lines.
+struct Csv {
+    std::vector<Strings> lines;
+    std::vector<std::pair<std::string, std::string>> summary;
+};
+
+Csv ParseCsv(const std::string& text)
+{
+    Csv csv;
+    for (const std::string& line : Lines(text)) {
+        if (StartsWith(line, "# ")) {
+            const std::size_t colon = line.find(": ");
+            EXPECT_NE(std::string::npos, colon) << line;
+            csv.summary.emplace_back(line.substr(2, colon - 2), line.substr(colon + 2));
+            continue;
+        }
+        Strings fields(1);
+        bool quoted = false;
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            const char c = line[i];
+            if (quoted) {
+                if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                    fields.back() += '"';
+                    ++i;
+                } else if (c == '"') {
+                    quoted = false;
+                } else {
+                    fields.back() += c;
+                }
+            } else if (c == '"' && fields.back().empty()) {
+                quoted = true;
+            } else if (c == ',') {
+                fields.emplace_back();
+            } else {
+                fields.back() += c;
+            }
+        }
+        EXPECT_FALSE(quoted) << line;
+        csv.lines.push_back(fields);
+    }
+    return csv;
+}
+
+// A strict JSON reader, enough to check the structure of qvi's output.
+struct Json {
+    enum class Kind { Null, Boolean, Number, String, Array, Object };
+    Kind kind = Kind::Null;
+    std::string text; // a string, or a number as written
+    std::vector<Json> items;
+    std::vector<std::pair<std::string, Json>> members;
+
+    const Json& operator[](const std::string& key) const
+    {
+        for (const auto& [k, v] : members) {
+            if (k == key) {
+                return v;
+            }
+        }
+        throw std::out_of_range("no member " + key);
+    }
+    bool Has(const std::string& key) const
+    {
+        return std::any_of(members.begin(), members.end(), [&](const auto& m) { return m.first == key; });
+    }
+};
+
+class JsonParser {
+public:
+    explicit JsonParser(std::string_view input) : text(input) {}
+
+    Json Document()
+    {
+        Json value = Value();
+        Blanks();
+        if (at != text.size()) {
+            Fail("text after the value");
+        }
+        return value;
+    }
+
+private:
+    [[noreturn]] void Fail(const std::string& what) const
+    {
+        throw std::runtime_error("JSON: " + what + " at offset " + std::to_string(at));
+    }
+    void Blanks()
+    {
+        while (at < text.size() && (text[at] == ' ' || text[at] == '\n' || text[at] == '\t' || text[at] == '\r')) {
+            ++at;
+        }
+    }
+    void Expect(char c)
+    {
+        Blanks();
+        if (at >= text.size() || text[at] != c) {
+            Fail(std::string("expected '") + c + "'");
+        }
+        ++at;
+    }
+    bool Word(std::string_view word)
+    {
+        if (text.substr(at, word.size()) == word) {
+            at += word.size();
+            return true;
+        }
+        return false;
+    }
+    bool Digit() const { return at < text.size() && text[at] >= '0' && text[at] <= '9'; }
+    std::string String()
+    {
+        Expect('"');
+        std::string result;
+        while (true) {
+            if (at >= text.size()) {
+                Fail("unterminated string");
+            }
+            const char c = text[at++];
+            if (c == '"') {
+                return result;
+            }
+            if (static_cast<unsigned char>(c) < 0x20) {
+                Fail("control character in a string");
+            }
+            if (c != '\\') {
+                result += c;
+                continue;
+            }
+            if (at >= text.size()) {
+                Fail("unterminated escape");
+            }
+            const char e = text[at++];
+            switch (e) {
+            case '"': result += '"'; break;
+            case '\\': result += '\\'; break;
+            case '/': result += '/'; break;
+            case 'b': result += '\b'; break;
+            case 'f': result += '\f'; break;
+            case 'n': result += '\n'; break;
+            case 'r': result += '\r'; break;
+            case 't': result += '\t'; break;
+            case 'u': {
+                if (at + 4 > text.size()) {
+                    Fail("short \\u escape");
+                }
+                const unsigned long code = std::strtoul(std::string(text.substr(at, 4)).c_str(), nullptr, 16);
+                at += 4;
+                result += code < 0x80 ? static_cast<char>(code) : '?';
+                break;
+            }
+            default: Fail("unknown escape");
+            }
+        }
+    }
+    Json NumberValue()
+    {
+        const std::size_t start = at;
+        if (text[at] == '-') {
+            ++at;
+        }
+        if (!Digit()) {
+            Fail("bad number");
+        }
+        if (text[at] == '0') {
+            ++at;
+            if (Digit()) {
+                Fail("leading zero");
+            }
+        } else {
+            while (Digit()) {
+                ++at;
+            }
+        }
+        if (at < text.size() && text[at] == '.') {
+            ++at;
+            if (!Digit()) {
+                Fail("no digit after the point");
+            }
+            while (Digit()) {
+                ++at;
+            }
+        }
+        if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+            ++at;
+            if (at < text.size() && (text[at] == '+' || text[at] == '-')) {
+                ++at;
+            }
+            if (!Digit()) {
+                Fail("bad exponent");
+            }
+            while (Digit()) {
+                ++at;
+            }
+        }
+        Json value;
+        value.kind = Json::Kind::Number;
+        value.text = std::string(text.substr(start, at - start));
+        return value;
+    }
+    Json Value()
+    {
+        Blanks();
+        if (at >= text.size()) {
+            Fail("no value");
+        }
+        Json value;
+        const char c = text[at];
+        if (c == '{') {
+            ++at;
+            value.kind = Json::Kind::Object;
+            Blanks();
+            if (at < text.size() && text[at] == '}') {
+                ++at;
+                return value;
+            }
+            while (true) {
+                std::string key = String();
+                Expect(':');
+                value.members.emplace_back(std::move(key), Value());
+                Blanks();
+                if (at < text.size() && text[at] == ',') {
+                    ++at;
+                    continue;
+                }
+                Expect('}');
+                return value;
+            }
+        }
+        if (c == '[') {
+            ++at;
+            value.kind = Json::Kind::Array;
+            Blanks();
+            if (at < text.size() && text[at] == ']') {
+                ++at;
+                return value;
+            }
+            while (true) {
+                value.items.push_back(Value());
+                Blanks();
+                if (at < text.size() && text[at] == ',') {
+                    ++at;
+                    continue;
+                }
+                Expect(']');
+                return value;
+            }
+        }
+        if (c == '"') {
+            value.kind = Json::Kind::String;
+            value.text = String();
+            return value;
+        }
+        if (c == '-' || (c >= '0' && c <= '9')) {
+            return NumberValue();
+        }
+        if (Word("true") || Word("false")) {
+            value.kind = Json::Kind::Boolean;
+            return value;
+        }
+        if (Word("null")) {
+            return value;
+        }
+        Fail("unexpected character");
+    }
+
+    std::string_view text;
+    std::size_t at = 0;
+};
+
+Json ParseJson(const std::string& text)
+{
+    return JsonParser(text).Document();
+}
+
+// A table line split into its cells (two or more blanks apart).
+Strings Cells(const std::string& line)
+{
+    Strings cells;
+    std::size_t i = line.find_first_not_of(' ');
+    while (i != std::string::npos && i < line.size()) {
+        std::size_t end = line.find("  ", i);
+        if (end == std::string::npos) {
+            end = line.size();
+        }
+        cells.push_back(line.substr(i, end - i));
+        i = line.find_first_not_of(' ', end);
+    }
+    return cells;
+}
+
+// ------------------------------------------------ writing input files
+
+// How a sample file is written anew.
+struct Layout {
+    std::string lineEnd = "\n";
+    std::string separator = "\t";
+    bool decimalComma = false;
+    // The spelling of the spectral fields, e.g. "SPECTRAL_NM_" for SPECTRAL_NM_380.
+    std::string spectralPrefix = "SPECTRAL_NM";
+    // Extra bands outside the grid (360, 370, 740 ... 780) and between grid
+    // points (385), with a value far off the scale.
+    bool extraBands = false;
+    // The fields in another order: SAMPLE_NAME first, the bands backwards,
+    // then SAMPLE_ID.
+    bool otherOrder = false;
+    // Every spectral value times 100, the decimal point moved.
+    bool percent = false;
+};
+
+// A decimal string times 100, exactly: the point moves two places.
+std::string TimesHundred(const std::string& text)
+{
+    const std::size_t point = text.find('.');
+    std::string whole = point == std::string::npos ? text : text.substr(0, point);
+    std::string fraction = point == std::string::npos ? std::string() : text.substr(point + 1);
+    while (fraction.size() < 2) {
+        fraction += '0';
+    }
+    whole += fraction.substr(0, 2);
+    fraction = fraction.substr(2);
+    const std::size_t first = whole.find_first_not_of('0');
+    whole = first == std::string::npos ? "0" : whole.substr(first);
+    return fraction.empty() ? whole : whole + "." + fraction;
+}
+
+std::string Rewrite(const Table& table, const Layout& layout)
+{
+    struct Out {
+        std::string name;
+        std::function<std::string(const Strings&)> value;
+    };
+    std::vector<Out> columns;
+    std::vector<Out> spectral;
+    for (std::size_t i = 0; i < table.fields.size(); ++i) {
+        const std::string& field = table.fields[i];
+        const int wavelength = Cgats::SpectralWavelength(field);
+        if (wavelength == 0) {
+            if (field == "SAMPLE_NAME") {
+                columns.push_back({field, [i](const Strings& row) { return Cgats::Quote(row[i]); }});
+            } else {
+                columns.push_back({field, [i](const Strings& row) { return row[i]; }});
+            }
+            continue;
+        }
+        spectral.push_back({layout.spectralPrefix + std::to_string(wavelength), [i, layout](const Strings& row) {
+                                std::string value = layout.percent ? TimesHundred(row[i]) : row[i];
+                                if (layout.decimalComma) {
+                                    std::replace(value.begin(), value.end(), '.', ',');
+                                }
+                                return value;
+                            }});
+    }
+    if (layout.extraBands) {
+        const std::string far = layout.decimalComma ? "9,5" : "9.5";
+        for (int wavelength : {360, 370}) {
+            spectral.insert(spectral.begin(), {layout.spectralPrefix + std::to_string(wavelength),
+                                               [far](const Strings&) { return far; }});
+        }
+        for (int wavelength : {740, 750, 760, 770, 780, 385}) {
+            spectral.push_back(
+                {layout.spectralPrefix + std::to_string(wavelength), [far](const Strings&) { return far; }});
+        }
+    }
+    if (layout.otherOrder) {
+        std::reverse(spectral.begin(), spectral.end());
+        // SAMPLE_NAME, then the bands, then SAMPLE_ID and the rest.
+        std::vector<Out> reordered;
+        for (const Out& column : columns) {
+            if (column.name == "SAMPLE_NAME") {
+                reordered.push_back(column);
+            }
+        }
+        reordered.insert(reordered.end(), spectral.begin(), spectral.end());
+        for (const Out& column : columns) {
+            if (column.name != "SAMPLE_NAME") {
+                reordered.push_back(column);
+            }
+        }
+        columns = reordered;
+    } else {
+        columns.insert(columns.end(), spectral.begin(), spectral.end());
+    }
+    const std::string& end = layout.lineEnd;
+    const std::string& sep = layout.separator;
+    std::string text = table.identifier + end;
+    text += "# written anew by a test" + end;
+    for (const auto& [key, value] : table.keywords) {
+        if (key == "NUMBER_OF_FIELDS" || key == "NUMBER_OF_SETS") {
+            continue;
+        }
+        text += key + sep + Cgats::Quote(value) + end;
+    }
+    text += "NUMBER_OF_FIELDS" + sep + std::to_string(columns.size()) + end;
+    text += "BEGIN_DATA_FORMAT" + end;
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        text += (c > 0 ? sep : std::string()) + columns[c].name;
+    }
+    text += end + "END_DATA_FORMAT" + end;
+    text += "NUMBER_OF_SETS" + sep + std::to_string(table.rows.size()) + end;
+    text += "BEGIN_DATA" + end;
+    for (const Strings& row : table.rows) {
+        for (std::size_t c = 0; c < columns.size(); ++c) {
+            text += (c > 0 ? sep : std::string()) + columns[c].value(row);
+        }
+        text += end;
+    }
+    text += "END_DATA" + end;
+    return text;
+}
+
+// A file of spectra, each given as one value for all 36 bands.
+std::string FlatFile(const std::vector<std::pair<std::string, std::string>>& samples)
+{
+    std::string text = "CGATS.17\nORIGINATOR \"test\"\nBEGIN_DATA_FORMAT\nSAMPLE_ID";
+    for (int wavelength = 380; wavelength <= 730; wavelength += 10) {
+        text += " SPECTRAL_NM" + std::to_string(wavelength);
+    }
+    text += "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
+    for (const auto& [id, value] : samples) {
+        text += id;
+        for (int band = 0; band < 36; ++band) {
+            text += ' ' + value;
+        }
+        text += '\n';
+    }
+    return text + "END_DATA\n";
+}
+
+// The file with line `number` (1-based) replaced.
+std::string ReplaceLine(const std::string& text, std::size_t number, const std::string& line)
+{
+    Strings lines = Lines(text);
+    lines.at(number - 1) = line;
+    std::string result;
+    for (const std::string& l : lines) {
+        result += l + '\n';
+    }
+    return result;
+}
+
+// --------------------------------------------------------------- fixture
+
+class QviTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (fs::temp_directory_path() / "qvi-test-dir-XXXXXX").string();
+        std::vector<char> name(pattern.begin(), pattern.end());
+        name.push_back('\0');
+        ASSERT_NE(nullptr, mkdtemp(name.data()));
+        dir = name.data();
+    }
+    void TearDown() override
+    {
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
+    }
+    // Writes a file into the scratch directory and returns its full path.
+    std::string Put(const std::string& name, const std::string& text) const
+    {
+        const std::string path = dir + "/" + name;
+        WriteFile(path, text);
+        return path;
+    }
+    std::string Path(const std::string& name) const { return dir + "/" + name; }
+
+    std::string dir;
+};
+
+// A sample's full path.
+std::string SamplePath(const std::string& file)
+{
+    return kSamples + "/" + file;
+}
+
+// ===================================================================== help
+
+using QviHelp = QviTest;
+
+TEST_F(QviHelp, GeneralHelpExitsZero)
+{
+    for (const char* option : {"--help", "-h"}) {
+        const Outcome outcome = Qvi({option});
+        EXPECT_SUCCESS(outcome);
+        EXPECT_TRUE(StartsWith(outcome.out, "usage: qvi COMMAND")) << outcome;
+        for (const char* command : {"color", "delta-e", "density", "cct", "spectrum", "conditions"}) {
+            EXPECT_TRUE(Contains(outcome.out, std::string("  ") + command + ' ')) << command;
+        }
+    }
+}
+
+TEST_F(QviHelp, EveryCommandHasHelpThatExitsZero)
+{
+    for (const char* command : {"color", "delta-e", "density", "cct", "spectrum", "conditions"}) {
+        SCOPED_TRACE(command);
+        const Outcome outcome = Qvi({command, "--help"});
+        EXPECT_SUCCESS(outcome);
+        EXPECT_TRUE(StartsWith(outcome.out, std::string("usage: qvi ") + command)) << outcome;
+        // The help wins over anything else on the line.
+        const Outcome mixed = Qvi({command, "no-such-file.cgats", "-h"});
+        EXPECT_SUCCESS(mixed);
+        EXPECT_EQ(outcome.out, mixed.out);
+    }
+}
+
+// A wrong command line prints its usage text on standard error, never on
+// standard output.
+TEST_F(QviHelp, NoCommandIsAWrongCommandLine)
+{
+    const Outcome outcome = Qvi({});
+    EXPECT_EQ(2, outcome.status) << outcome;
+    EXPECT_EQ("", outcome.out) << outcome;
+    EXPECT_TRUE(Contains(outcome.err, "usage: qvi")) << outcome;
+}
+
+TEST_F(QviHelp, UnknownCommand)
+{
+    const Outcome outcome = Qvi({"paint", kChart});
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(Contains(outcome.err, "unknown command \"paint\"")) << outcome;
+}
+
+TEST_F(QviHelp, UnknownOption)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--bogus"});
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: unknown option --bogus\n")) << outcome;
+}
+
+TEST_F(QviHelp, WrongNumberOfArguments)
+{
+    for (const Strings& arguments :
+         {Strings{"color"}, Strings{"color", kChart, kOtherChart}, Strings{"delta-e", kChart}, Strings{"density"},
+          Strings{"cct"}, Strings{"spectrum", "50", "0"}, Strings{"conditions", kChart}}) {
+        SCOPED_TRACE(arguments.front() + " with " + std::to_string(arguments.size() - 1) + " arguments");
+        const Outcome outcome = Qvi(arguments);
+        EXPECT_FAILURE(outcome, 2);
+    }
+}
+
+TEST_F(QviHelp, WrongOptionValues)
+{
+    for (const Strings& arguments :
+         {Strings{"color", kChart, "--format", "xml"}, Strings{"color", kChart, "--decimals", "13"},
+          Strings{"color", kChart, "--decimals", "two"}, Strings{"color", kChart, "--scale", "50"},
+          Strings{"color", kChart, "--condition", "Colorimetric.Observer"},
+          Strings{"color", kChart, "--condition", "=TenDegree"}, Strings{"color", kChart, "--format"},
+          Strings{"delta-e", kChart, kOtherChart, "--tolerance", "abc"},
+          Strings{"delta-e", kChart, kOtherChart, "--cmc", "2"},
+          Strings{"delta-e", kChart, kOtherChart, "--k94", "1,1"}, Strings{"density", kChart, "--tint", "8"},
+          Strings{"spectrum", "50", "x", "0"}}) {
+        std::string line;
+        for (const std::string& word : arguments) {
+            line += word + ' ';
+        }
+        SCOPED_TRACE(line);
+        EXPECT_FAILURE(Qvi(arguments), 2);
+    }
+}
+
+// ================================================================ commands
+
+using QviCommands = QviTest;
+
+TEST_F(QviCommands, ColorOfTheChart)
+{
+    const Outcome outcome = Qvi({"color", kChart});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "SAMPLE_NAME", "LAB_L", "LAB_A", "LAB_B"}), table.fields);
+    ASSERT_EQ(24u, table.rows.size());
+    EXPECT_EQ("CIELab", table.Keyword("COLOR_SPACE"));
+    EXPECT_EQ("D65", table.Keyword("ILLUMINATION"));
+    EXPECT_EQ("TwoDegree", table.Keyword("OBSERVER"));
+    EXPECT_EQ("Absolute", table.Keyword("WHITE_BASE"));
+    EXPECT_EQ("colour values of " + kChart, table.Keyword("DESCRIPTOR"));
+    const Table input = Sample(kChart);
+    for (std::size_t r = 0; r < 24; ++r) {
+        EXPECT_EQ(input.Value(r, "SAMPLE_ID"), table.Value(r, "SAMPLE_ID"));
+        EXPECT_EQ(input.Value(r, "SAMPLE_NAME"), table.Value(r, "SAMPLE_NAME"));
+    }
+    // The white patch is light and neutral, the grey scale gets darker, the
+    // black is dark.
+    const std::size_t white = table.Row("19");
+    EXPECT_GT(table.At(white, "LAB_L"), 90.0);
+    EXPECT_LT(std::fabs(table.At(white, "LAB_A")), 2.0);
+    EXPECT_LT(std::fabs(table.At(white, "LAB_B")), 3.0);
+    for (int id = 20; id <= 24; ++id) {
+        const std::size_t grey = table.Row(std::to_string(id));
+        EXPECT_LT(table.At(grey, "LAB_L"), table.At(table.Row(std::to_string(id - 1)), "LAB_L")) << id;
+        EXPECT_LT(std::fabs(table.At(grey, "LAB_A")), 2.0) << id;
+    }
+    EXPECT_LT(table.At(table.Row("24"), "LAB_L"), 25.0);
+    // Blue has a strongly negative b*, yellow a strongly positive one, red a
+    // positive a*, green a negative one.
+    EXPECT_LT(table.At(table.Row("13"), "LAB_B"), -30.0);
+    EXPECT_GT(table.At(table.Row("16"), "LAB_B"), 60.0);
+    EXPECT_GT(table.At(table.Row("15"), "LAB_A"), 40.0);
+    EXPECT_LT(table.At(table.Row("14"), "LAB_A"), -25.0);
+}
+
+TEST_F(QviCommands, ColorOfFlatReflectance)
+{
+    Put("flat.cgats", FlatFile({{"1", "0.5"}, {"2", "1"}, {"3", "0.005"}, {"4", "0"}}));
+    for (const char* illuminant : {"D65", "D50", "A"}) {
+        SCOPED_TRACE(illuminant);
+        const Outcome outcome = Qvi({"color", "flat.cgats", "--illuminant", illuminant, "--decimals", "6"}, dir);
+        EXPECT_SUCCESS(outcome);
+        const Table table = ParseCgats(outcome.out);
+        ASSERT_EQ(4u, table.rows.size());
+        // A flat reflectance is neutral under every illuminant; its L* follows
+        // from Y = the reflectance.
+        const double expected[] = {Lightness(0.5), 100.0, Lightness(0.005), 0.0};
+        for (std::size_t r = 0; r < 4; ++r) {
+            EXPECT_NEAR(expected[r], table.At(r, "LAB_L"), 0.01) << r;
+            EXPECT_NEAR(0.0, table.At(r, "LAB_A"), 0.01) << r;
+            EXPECT_NEAR(0.0, table.At(r, "LAB_B"), 0.01) << r;
+        }
+    }
+}
+
+TEST_F(QviCommands, XyzOfFlatReflectanceIsTheWhitePointTimesTheReflectance)
+{
+    Put("flat.cgats", FlatFile({{"1", "1"}, {"2", "0.5"}}));
+    struct White {
+        const char* illuminant;
+        const char* observer;
+        double x;
+        double z;
+    };
+    // Tristimulus values of the illuminants' white points, Y = 100.
+    for (const White& white : {White{"D65", "2", 95.047, 108.883}, White{"D50", "2", 96.422, 82.521},
+                               White{"D65", "10", 94.811, 107.304}, White{"A", "2", 109.850, 35.585}}) {
+        SCOPED_TRACE(std::string(white.illuminant) + " " + white.observer);
+        const Outcome outcome = Qvi({"color", "flat.cgats", "--space", "CIEXYZ", "--illuminant", white.illuminant,
+                                     "--observer", white.observer, "--decimals", "5"},
+                                    dir);
+        EXPECT_SUCCESS(outcome);
+        const Table table = ParseCgats(outcome.out);
+        EXPECT_EQ((Strings{"SAMPLE_ID", "XYZ_X", "XYZ_Y", "XYZ_Z"}), table.fields);
+        ASSERT_EQ(2u, table.rows.size());
+        for (std::size_t r = 0; r < 2; ++r) {
+            const double factor = r == 0 ? 1.0 : 0.5;
+            EXPECT_NEAR(white.x * factor, table.At(r, "XYZ_X"), 0.05);
+            EXPECT_NEAR(100.0 * factor, table.At(r, "XYZ_Y"), 0.01);
+            EXPECT_NEAR(white.z * factor, table.At(r, "XYZ_Z"), 0.05);
+        }
+    }
+}
+
+TEST_F(QviCommands, ColorSpacesAgreeWithEachOther)
+{
+    const Table lab = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "6"}).out);
+    const Table lch = ParseCgats(Qvi({"color", kOtherChart, "--space", "CIELCh", "--decimals", "6"}).out);
+    const Table xyz = ParseCgats(Qvi({"color", kOtherChart, "--space", "CIEXYZ", "--decimals", "6"}).out);
+    const Table xyy = ParseCgats(Qvi({"color", kOtherChart, "--space", "CIExyY", "--decimals", "6"}).out);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "SAMPLE_NAME", "LAB_L", "LAB_C", "LAB_H"}), lch.fields);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "SAMPLE_NAME", "XYY_X", "XYY_Y", "XYY_CAPY"}), xyy.fields);
+    ASSERT_EQ(24u, lch.rows.size());
+    ASSERT_EQ(24u, xyy.rows.size());
+    const double pi = std::acos(-1.0);
+    for (std::size_t r = 0; r < 24; ++r) {
+        const double a = lab.At(r, "LAB_A");
+        const double b = lab.At(r, "LAB_B");
+        EXPECT_NEAR(lab.At(r, "LAB_L"), lch.At(r, "LAB_L"), 1e-4);
+        EXPECT_NEAR(std::hypot(a, b), lch.At(r, "LAB_C"), 1e-3) << r;
+        if (std::hypot(a, b) > 1.0) {
+            double hue = std::atan2(b, a) * 180.0 / pi;
+            hue += hue < 0.0 ? 360.0 : 0.0;
+            EXPECT_NEAR(hue, lch.At(r, "LAB_H"), 0.01) << r;
+        }
+        const double sum = xyz.At(r, "XYZ_X") + xyz.At(r, "XYZ_Y") + xyz.At(r, "XYZ_Z");
+        EXPECT_NEAR(xyz.At(r, "XYZ_X") / sum, xyy.At(r, "XYY_X"), 1e-5) << r;
+        EXPECT_NEAR(xyz.At(r, "XYZ_Y") / sum, xyy.At(r, "XYY_Y"), 1e-5) << r;
+        EXPECT_NEAR(xyz.At(r, "XYZ_Y"), xyy.At(r, "XYY_CAPY"), 1e-3) << r;
+        EXPECT_NEAR(Lightness(xyz.At(r, "XYZ_Y") / 100.0), lab.At(r, "LAB_L"), 1e-3) << r;
+    }
+}
+
+TEST_F(QviCommands, DecimalsOption)
+{
+    const Table table = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "2"}).out);
+    const Table fine = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "7"}).out);
+    ASSERT_EQ(24u, table.rows.size());
+    for (std::size_t r = 0; r < 24; ++r) {
+        const std::string& value = table.Value(r, "LAB_L");
+        ASSERT_NE(std::string::npos, value.find('.'));
+        EXPECT_EQ(2u, value.size() - value.find('.') - 1) << value;
+        EXPECT_EQ(7u, fine.Value(r, "LAB_B").size() - fine.Value(r, "LAB_B").find('.') - 1);
+        EXPECT_NEAR(fine.At(r, "LAB_L"), table.At(r, "LAB_L"), 0.005 + 1e-9);
+    }
+    const Table whole = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "0"}).out);
+    EXPECT_EQ(std::string::npos, whole.Value(0, "LAB_L").find('.'));
+}
+
+TEST_F(QviCommands, ColorOfEverySampleFile)
+{
+    for (const auto& entry : fs::directory_iterator(kSamples)) {
+        if (entry.path().extension() != ".cgats") {
+            continue;
+        }
+        const std::string file = entry.path().filename().string();
+        SCOPED_TRACE(file);
+        const Outcome outcome = Qvi({"color", file});
+        EXPECT_SUCCESS(outcome);
+        const Table table = ParseCgats(outcome.out);
+        const Table input = Sample(file);
+        EXPECT_EQ(input.Keyword("NUMBER_OF_SETS"), std::to_string(table.rows.size()));
+        if (input.HasKeyword("MEAS_TYPE") && input.Keyword("MEAS_TYPE") == "EMISSION") {
+            EXPECT_EQ("Emission", table.Keyword("ILLUMINATION"));
+            continue;
+        }
+        for (double l : table.Column("LAB_L")) {
+            EXPECT_GE(l, 0.0);
+            EXPECT_LE(l, 100.0);
+        }
+    }
+}
+
+TEST_F(QviCommands, CorrelatedColourTemperatureOfTheIlluminants)
+{
+    const Outcome outcome = Qvi({"cct", kIlluminants});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "SAMPLE_NAME", "CCT"}), table.fields);
+    EXPECT_EQ("TwoDegree", table.Keyword("OBSERVER"));
+    // The illuminants' published temperatures; A is defined by its 2856 K.
+    const std::map<std::string, double> kelvin = {{"A", 2856.0},  {"C", 6774.0},  {"D50", 5003.0},
+                                                  {"D55", 5503.0}, {"D65", 6504.0}, {"D75", 7504.0}};
+    ASSERT_EQ(kelvin.size(), table.rows.size());
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const std::string name = table.Value(r, "SAMPLE_NAME");
+        ASSERT_EQ(1u, kelvin.count(name)) << name;
+        EXPECT_NEAR(kelvin.at(name), table.At(r, "CCT"), name == "A" ? 3.0 : 10.0) << name;
+        // One decimal.
+        EXPECT_EQ(1u, table.Value(r, "CCT").size() - table.Value(r, "CCT").find('.') - 1);
+    }
+}
+
+TEST_F(QviCommands, CorrelatedColourTemperatureOfEqualEnergy)
+{
+    std::string text = FlatFile({{"1", "1"}, {"2", "100"}});
+    text.replace(text.find("ORIGINATOR"), 0, "KEYWORD \"MEAS_TYPE\"\nMEAS_TYPE \"EMISSION\"\n");
+    Put("equal.cgats", text);
+    const Outcome outcome = Qvi({"cct", "equal.cgats"}, dir);
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "CCT"}), table.fields);
+    ASSERT_EQ(2u, table.rows.size());
+    // The equal-energy spectrum lies at about 5455 K, whatever its level.
+    EXPECT_NEAR(5455.0, table.At(0, "CCT"), 5.0);
+    EXPECT_EQ(table.Value(0, "CCT"), table.Value(1, "CCT"));
+}
+
+TEST_F(QviCommands, SpectrumForALabValue)
+{
+    const Outcome outcome = Qvi({"spectrum", "50", "10", "-20"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    ASSERT_EQ(1u, table.rows.size());
+    ASSERT_EQ(39u, table.fields.size());
+    EXPECT_EQ((Strings{"LAB_L", "LAB_A", "LAB_B"}), Strings(table.fields.begin(), table.fields.begin() + 3));
+    for (int band = 0; band < 36; ++band) {
+        const std::string field = table.fields[static_cast<std::size_t>(3 + band)];
+        EXPECT_EQ(380 + 10 * band, Cgats::SpectralWavelength(field)) << field;
+        EXPECT_GE(table.At(0, field), 0.0) << field;
+        EXPECT_LE(table.At(0, field), 1.0) << field;
+    }
+    const double dl = table.At(0, "LAB_L") - 50.0;
+    const double da = table.At(0, "LAB_A") - 10.0;
+    const double db = table.At(0, "LAB_B") + 20.0;
+    const double reached = std::sqrt(dl * dl + da * da + db * db);
+    EXPECT_LT(reached, 0.1);
+    EXPECT_NEAR(reached, Number(table.Keyword("DELTA_E")), 2e-4);
+    EXPECT_EQ("success", table.Keyword("RESULT"));
+    EXPECT_EQ("D65", table.Keyword("ILLUMINATION"));
+
+    // The spectrum, read back by qvi color from standard input, has that Lab.
+    const std::string spectrum = Put("spectrum.cgats", outcome.out);
+    const Outcome back = Qvi({"color", "-", "--decimals", "6"}, dir, spectrum);
+    EXPECT_SUCCESS(back);
+    const Table lab = ParseCgats(back.out);
+    ASSERT_EQ(1u, lab.rows.size());
+    EXPECT_EQ("1", lab.Value(0, "SAMPLE_ID"));
+    for (const char* axis : {"LAB_L", "LAB_A", "LAB_B"}) {
+        EXPECT_NEAR(table.At(0, axis), lab.At(0, axis), 2e-3) << axis;
+    }
+}
+
+TEST_F(QviCommands, SpectrumUnderAnotherIlluminant)
+{
+    const Outcome outcome = Qvi({"spectrum", "70", "-20", "30", "--illuminant", "D50"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ("D50", table.Keyword("ILLUMINATION"));
+    EXPECT_NEAR(70.0, table.At(0, "LAB_L"), 0.1);
+    EXPECT_NEAR(-20.0, table.At(0, "LAB_A"), 0.1);
+    EXPECT_NEAR(30.0, table.At(0, "LAB_B"), 0.1);
+    const std::string spectrum = Put("spectrum.cgats", outcome.out);
+    const Table lab = ParseCgats(Qvi({"color", spectrum, "--illuminant", "D50", "--decimals", "6"}).out);
+    EXPECT_NEAR(table.At(0, "LAB_A"), lab.At(0, "LAB_A"), 2e-3);
+}
+
+TEST_F(QviCommands, ConditionsListsEveryKey)
+{
+    const Outcome outcome = Qvi({"conditions"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ((Strings{"KEY", "DEFAULT", "SUPPORTED_VALUES"}), table.fields);
+    std::map<std::string, std::pair<std::string, std::string>> keys;
+    for (const Strings& row : table.rows) {
+        keys[row[0]] = {row[1], row[2]};
+    }
+    EXPECT_EQ(12u, keys.size());
+    for (const char* key : {"Colorimetric.Illumination", "Colorimetric.Observer", "Colorimetric.WhiteBase",
+                            "Colorimetric.DensityStandard", "Colorimetric.DensityFilterMode",
+                            "ColorSpaceDescription.Type", "ColorSpaceDescription.DeltaEFormula"}) {
+        ASSERT_EQ(1u, keys.count(key)) << key;
+        // The default is one of the supported values.
+        const std::string& values = keys[key].second;
+        EXPECT_TRUE(Contains("; " + values + ";", "; " + keys[key].first + ";")) << key << ": " << values;
+    }
+    EXPECT_EQ("D65", keys["Colorimetric.Illumination"].first);
+    EXPECT_EQ("TwoDegree", keys["Colorimetric.Observer"].first);
+    EXPECT_EQ("TwoDegree; TenDegree", keys["Colorimetric.Observer"].second);
+    EXPECT_EQ("CIELab", keys["ColorSpaceDescription.Type"].first);
+    EXPECT_EQ("CIELab", keys["ColorSpaceDescription.DeltaEFormula"].first);
+    EXPECT_EQ("DIN", keys["Colorimetric.DensityStandard"].first);
+    EXPECT_EQ("Auto", keys["Colorimetric.DensityFilterMode"].first);
+    EXPECT_TRUE(Contains(keys["ColorSpaceDescription.Type"].second, "CIEXYZ"));
+}
+
+// ================================================================= formats
+
+using QviFormats = QviTest;
+
+TEST_F(QviFormats, CgatsIsTheDefaultAndReadsBack)
+{
+    const Outcome outcome = Qvi({"color", kOtherChart});
+    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ(outcome.out, Qvi({"color", kOtherChart, "--format", "cgats"}).out);
+    EXPECT_EQ(outcome.out, Qvi({"color", kOtherChart, "--format=cgats"}).out);
+    EXPECT_TRUE(StartsWith(outcome.out, "CGATS.17\n"));
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ(24u, table.rows.size());
+}
+
+TEST_F(QviFormats, CsvHoldsTheSameValues)
+{
+    const Table cgats = ParseCgats(Qvi({"color", kOtherChart}).out);
+    const Outcome outcome = Qvi({"color", kOtherChart, "--format", "csv"});
+    EXPECT_SUCCESS(outcome);
+    const Csv csv = ParseCsv(outcome.out);
+    ASSERT_EQ(cgats.rows.size() + 1, csv.lines.size());
+    EXPECT_EQ(cgats.fields, csv.lines[0]);
+    for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
+        EXPECT_EQ(cgats.rows[r], csv.lines[r + 1]) << r;
+    }
+    EXPECT_TRUE(csv.summary.empty());
+}
+
+TEST_F(QviFormats, CsvQuotesFieldsWithCommasAndBlanks)
+{
+    std::string text = FlatFile({{"1", "0.5"}, {"2", "0.25"}});
+    text.replace(text.find("SAMPLE_ID"), 9, "SAMPLE_ID SAMPLE_NAME");
+    text.replace(text.find("\n1 "), 3, "\n1 \"grey, light\" ");
+    text.replace(text.find("\n2 "), 3, "\n2 \" padded \" ");
+    Put("names.cgats", text);
+    const Outcome outcome = Qvi({"color", "names.cgats", "--format", "csv"}, dir);
+    EXPECT_SUCCESS(outcome);
+    const Csv csv = ParseCsv(outcome.out);
+    ASSERT_EQ(3u, csv.lines.size());
+    ASSERT_EQ(5u, csv.lines[1].size());
+    EXPECT_EQ("grey, light", csv.lines[1][1]);
+    EXPECT_EQ(" padded ", csv.lines[2][1]);
+}
+
+TEST_F(QviFormats, JsonHoldsTheSameValues)
+{
+    const Table cgats = ParseCgats(Qvi({"color", kOtherChart}).out);
+    const Outcome outcome = Qvi({"color", kOtherChart, "--format", "json"});
+    EXPECT_SUCCESS(outcome);
+    const Json json = ParseJson(outcome.out);
+    ASSERT_EQ(Json::Kind::Object, json.kind);
+    const Json& header = json["header"];
+    ASSERT_EQ(Json::Kind::Object, header.kind);
+    for (const char* key : {"ORIGINATOR", "DESCRIPTOR", "COLOR_SPACE", "ILLUMINATION", "OBSERVER", "WHITE_BASE"}) {
+        ASSERT_TRUE(header.Has(key)) << key;
+        EXPECT_EQ(Json::Kind::String, header[key].kind) << key;
+        EXPECT_EQ(cgats.Keyword(key), header[key].text) << key;
+    }
+    const Json& rows = json["rows"];
+    ASSERT_EQ(Json::Kind::Array, rows.kind);
+    ASSERT_EQ(cgats.rows.size(), rows.items.size());
+    for (std::size_t r = 0; r < rows.items.size(); ++r) {
+        const Json& row = rows.items[r];
+        ASSERT_EQ(Json::Kind::Object, row.kind);
+        ASSERT_EQ(cgats.fields.size(), row.members.size());
+        for (std::size_t f = 0; f < cgats.fields.size(); ++f) {
+            EXPECT_EQ(cgats.fields[f], row.members[f].first);
+            const bool text = cgats.fields[f] == "SAMPLE_ID" || cgats.fields[f] == "SAMPLE_NAME";
+            EXPECT_EQ(text ? Json::Kind::String : Json::Kind::Number, row.members[f].second.kind) << cgats.fields[f];
+            EXPECT_EQ(cgats.rows[r][f], row.members[f].second.text);
+        }
+    }
+    EXPECT_FALSE(json.Has("summary"));
+}
+
+TEST_F(QviFormats, TableHoldsTheSameValuesAligned)
+{
+    const Table cgats = ParseCgats(Qvi({"color", kOtherChart}).out);
+    const Outcome outcome = Qvi({"color", kOtherChart, "--format", "table"});
+    EXPECT_SUCCESS(outcome);
+    const Strings lines = Lines(outcome.out);
+    ASSERT_EQ(cgats.rows.size() + 1, lines.size());
+    EXPECT_EQ(cgats.fields, Cells(lines[0]));
+    // Numbers are aligned on the right edge of their heading, text on the left.
+    const std::size_t labEnd = lines[0].find("LAB_L") + 5;
+    const std::size_t nameStart = lines[0].find("SAMPLE_NAME");
+    for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
+        EXPECT_EQ(cgats.rows[r], Cells(lines[r + 1])) << lines[r + 1];
+        const std::string& l = cgats.rows[r][cgats.Field("LAB_L")];
+        EXPECT_EQ(l, lines[r + 1].substr(labEnd - l.size(), l.size())) << lines[r + 1];
+        EXPECT_EQ(cgats.rows[r][1], lines[r + 1].substr(nameStart, cgats.rows[r][1].size()));
+        EXPECT_NE(' ', lines[r + 1].back());
+    }
+}
+
+TEST_F(QviFormats, EveryCommandInEveryFormat)
+{
+    Put("flat.cgats", FlatFile({{"1", "0.8"}, {"2", "0.4"}, {"3", "0.1"}}));
+    const std::vector<std::pair<std::string, Strings>> runs = {
+        {"color", {"color", SamplePath(kOtherChart)}},
+        {"delta-e", {"delta-e", SamplePath(kChart), SamplePath(kOtherChart)}},
+        {"density", {"density", "flat.cgats", "--paper-white", "1", "--solid", "3", "--tint", "2=50"}},
+        {"cct", {"cct", SamplePath(kIlluminants)}},
+        {"spectrum", {"spectrum", "60", "5", "5"}},
+        {"conditions", {"conditions"}}};
+    for (const auto& [name, arguments] : runs) {
+        SCOPED_TRACE(name);
+        const Outcome cgatsRun = Qvi(arguments, dir);
+        EXPECT_SUCCESS(cgatsRun);
+        const Table cgats = ParseCgats(cgatsRun.out);
+        ASSERT_FALSE(cgats.rows.empty());
+        for (const char* format : {"csv", "json", "table"}) {
+            SCOPED_TRACE(format);
+            Strings withFormat = arguments;
+            withFormat.insert(withFormat.end(), {"--format", format});
+            const Outcome outcome = Qvi(withFormat, dir);
+            EXPECT_SUCCESS(outcome);
+            if (std::string(format) == "csv") {
+                const Csv csv = ParseCsv(outcome.out);
+                ASSERT_EQ(cgats.rows.size() + 1, csv.lines.size());
+                EXPECT_EQ(cgats.fields, csv.lines[0]);
+                for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
+                    EXPECT_EQ(cgats.rows[r], csv.lines[r + 1]);
+                }
+            } else if (std::string(format) == "json") {
+                Json json;
+                try {
+                    json = ParseJson(outcome.out);
+                } catch (const std::exception& error) {
+                    ADD_FAILURE() << error.what() << "\n" << outcome.out;
+                    continue;
+                }
+                ASSERT_EQ(cgats.rows.size(), json["rows"].items.size());
+                for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
+                    const Json& row = json["rows"].items[r];
+                    ASSERT_EQ(cgats.fields.size(), row.members.size());
+                    for (std::size_t f = 0; f < cgats.fields.size(); ++f) {
+                        EXPECT_EQ(cgats.fields[f], row.members[f].first);
+                        // A missing number is null.
+                        if (row.members[f].second.kind == Json::Kind::Null) {
+                            EXPECT_EQ("", cgats.rows[r][f]);
+                        } else {
+                            EXPECT_EQ(cgats.rows[r][f], row.members[f].second.text);
+                        }
+                    }
+                }
+            } else {
+                const Strings lines = Lines(outcome.out);
+                ASSERT_GE(lines.size(), cgats.rows.size() + 1);
+                EXPECT_EQ(cgats.fields, Cells(lines[0]));
+                for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
+                    Strings expected = cgats.rows[r];
+                    // A missing number is shown as "-".
+                    for (std::string& value : expected) {
+                        value = value.empty() ? "-" : value;
+                    }
+                    EXPECT_EQ(expected, Cells(lines[r + 1]));
+                }
+                // Only a summary follows, after a blank line.
+                if (lines.size() > cgats.rows.size() + 1) {
+                    EXPECT_EQ("", lines[cgats.rows.size() + 1]);
+                }
+            }
+        }
+    }
+}
+
+// ============================================================ broken input
+
+using QviBrokenInput = QviTest;
+
+TEST_F(QviBrokenInput, MissingGridWavelength)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    std::string text = clean;
+    const std::size_t at = text.find("SPECTRAL_NM550");
+    ASSERT_NE(std::string::npos, at);
+    text.replace(at, 14, "SPECTRAL_NM555");
+    Put("gap.cgats", text);
+    const Outcome outcome = Qvi({"color", "gap.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    const std::size_t line = LineNumber(text, "END_DATA_FORMAT");
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: gap.cgats:" + std::to_string(line) + ": no spectral field for 550 nm"))
+        << outcome;
+}
+
+TEST_F(QviBrokenInput, RowWithTooFewValues)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    const std::size_t line = LineNumber(clean, "BEGIN_DATA") + 5;
+    std::string row = Lines(clean).at(line - 1);
+    row = row.substr(0, row.rfind('\t'));
+    Put("short.cgats", ReplaceLine(clean, line, row));
+    const Outcome outcome = Qvi({"color", "short.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: short.cgats:" + std::to_string(line) + ": the row has 37 values for 38 fields\n", outcome.err);
+}
+
+TEST_F(QviBrokenInput, RowWithTooManyValues)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    const std::size_t line = LineNumber(clean, "END_DATA") - 1;
+    Put("long.cgats", ReplaceLine(clean, line, Lines(clean).at(line - 1) + "\t0.5"));
+    const Outcome outcome = Qvi({"density", "long.cgats", "--paper-white", "19"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: long.cgats:" + std::to_string(line) + ": the row has 39 values for 38 fields\n", outcome.err);
+}
+
+TEST_F(QviBrokenInput, NotCgats)
+{
+    Put("letter.txt", "Dear colleague, the measurements follow next week.\nKind regards\n");
+    const Outcome outcome = Qvi({"color", "letter.txt"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: letter.txt:1: not a CGATS file")) << outcome;
+}
+
+TEST_F(QviBrokenInput, EmptyFile)
+{
+    Put("empty.cgats", "");
+    const Outcome outcome = Qvi({"color", "empty.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: empty.cgats: not a CGATS file")) << outcome;
+}
+
+TEST_F(QviBrokenInput, NonexistentFile)
+{
+    for (const char* command : {"color", "density", "cct"}) {
+        const Outcome outcome = Qvi({command, "absent.cgats"}, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_EQ("qvi: absent.cgats: cannot open the file\n", outcome.err);
+    }
+    const Outcome outcome = Qvi({"delta-e", SamplePath(kChart), "absent.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: absent.cgats: cannot open the file\n", outcome.err);
+}
+
+TEST_F(QviBrokenInput, ValueThatIsNoNumber)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    const std::size_t line = LineNumber(clean, "BEGIN_DATA") + 3;
+    Strings cells;
+    std::string row = Lines(clean).at(line - 1);
+    // The 14th field is SPECTRAL_NM500.
+    std::size_t start = 0;
+    for (int i = 0; i < 14; ++i) {
+        start = row.find('\t', start) + 1;
+    }
+    const std::size_t stop = row.find('\t', start);
+    for (const char* bad : {"abc", "0.5x", "inf", "nan", "1.2.3"}) {
+        SCOPED_TRACE(bad);
+        std::string broken = row;
+        broken.replace(start, stop - start, bad);
+        Put("word.cgats", ReplaceLine(clean, line, broken));
+        const Outcome outcome = Qvi({"color", "word.cgats"}, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_TRUE(StartsWith(outcome.err, "qvi: word.cgats:" + std::to_string(line) + ": ")) << outcome;
+        EXPECT_TRUE(Contains(outcome.err, "SPECTRAL_NM500")) << outcome;
+        EXPECT_TRUE(Contains(outcome.err, std::string("\"") + bad + "\"")) << outcome;
+    }
+}
+
+// Reference samples are found by their SAMPLE_ID, so a reference file must
+// not hold an id twice.
+TEST_F(QviBrokenInput, DuplicateSampleIdInAReferenceFile)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    const std::size_t line = LineNumber(clean, "BEGIN_DATA") + 2;
+    std::string row = Lines(clean).at(line - 1);
+    ASSERT_EQ("2\t", row.substr(0, 2));
+    row.replace(0, 1, "1");
+    Put("twice.cgats", ReplaceLine(clean, line, row));
+    const Outcome outcome = Qvi({"delta-e", "twice.cgats", SamplePath(kChart)}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: twice.cgats:" + std::to_string(line) + ": ")) << outcome;
+    EXPECT_TRUE(Contains(outcome.err, "SAMPLE_ID 1")) << outcome;
+}
+
+TEST_F(QviBrokenInput, NoSamples)
+{
+    Put("none.cgats", FlatFile({}));
+    const Outcome outcome = Qvi({"color", "none.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: none.cgats:")) << outcome;
+}
+
+// A file is checked to its end before anything is written: a broken last
+// row of a long file leaves standard output empty.
+TEST_F(QviBrokenInput, BrokenLastRowOfALongFile)
+{
+    const std::string clean = Rewrite(Sample(kChips), Layout{});
+    const std::size_t line = LineNumber(clean, "END_DATA") - 1;
+    Put(kChips, ReplaceLine(clean, line, "1269\t\"broken\"\t0.5"));
+    const Outcome outcome = Qvi({"color", kChips}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: " + kChips + ":" + std::to_string(line) + ": the row has 3 values for 38 fields\n", outcome.err);
+}
+
+TEST_F(QviBrokenInput, BrokenReferenceOfDeltaE)
+{
+    Put("letter.txt", "Dear colleague, the reference follows.\n");
+    const Outcome outcome = Qvi({"delta-e", "letter.txt", SamplePath(kOtherChart)}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: letter.txt:1: not a CGATS file")) << outcome;
+}
+
+// ======================================================== input variants
+
+struct Variant {
+    const char* name;
+    Layout layout;
+};
+
+void PrintTo(const Variant& variant, std::ostream* stream)
+{
+    *stream << variant.name;
+}
+
+class QviInputVariants : public QviTest, public testing::WithParamInterface<Variant> {};
+
+// The same measurements written another way give the same output, byte for
+// byte: line ends, decimal commas, the spelling of the spectral fields, bands
+// beyond the grid, the order of the fields, blanks instead of tabs.
+TEST_P(QviInputVariants, GiveTheSameOutputAsTheCleanFile)
+{
+    const std::string text = Rewrite(Sample(kChart), GetParam().layout);
+    Put(kChart, text);
+    for (const Strings& arguments :
+         {Strings{"color", kChart}, Strings{"color", kChart, "--illuminant", "D50", "--decimals", "6"},
+          Strings{"density", kChart, "--paper-white", "19"}}) {
+        SCOPED_TRACE(arguments[0]);
+        const Outcome original = Qvi(arguments, kSamples);
+        const Outcome variant = Qvi(arguments, dir);
+        EXPECT_SUCCESS(variant);
+        EXPECT_EQ(original.out, variant.out);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    QviLayouts, QviInputVariants,
+    testing::Values(Variant{"Rewritten", Layout{}},
+                    Variant{"Crlf", Layout{"\r\n", "\t", false, "SPECTRAL_NM", false, false, false}},
+                    Variant{"DecimalComma", Layout{"\n", "\t", true, "SPECTRAL_NM", false, false, false}},
+                    Variant{"UnderscoreSpelling", Layout{"\n", "\t", false, "SPECTRAL_NM_", false, false, false}},
+                    Variant{"ShortSpelling", Layout{"\n", "\t", false, "SPECTRAL_", false, false, false}},
+                    Variant{"LowerCaseSpelling", Layout{"\n", "\t", false, "nm", false, false, false}},
+                    Variant{"ExtraBands", Layout{"\n", "\t", false, "SPECTRAL_NM", true, false, false}},
+                    Variant{"OtherOrder", Layout{"\n", "\t", false, "SPECTRAL_NM", false, true, false}},
+                    Variant{"Blanks", Layout{"\n", "   ", false, "SPECTRAL_NM", false, false, false}},
+                    Variant{"AllAtOnce", Layout{"\r\n", " ", true, "SPECTRAL_NM_", true, true, false}}),
+    [](const testing::TestParamInfo<Variant>& info) { return std::string(info.param.name); });
+
+// ================================================================== scale
+
+using QviScale = QviTest;
+
+// The same file with every value written as percent gives the same output.
+TEST_F(QviScale, AutomaticScaleDetectsPercent)
+{
+    for (const std::string& file : {kChart, std::string("it8_7-1_faust_E131102_ektachrome.cgats")}) {
+        SCOPED_TRACE(file);
+        Layout layout;
+        layout.percent = true;
+        const std::string text = Rewrite(Sample(file), layout);
+        if (file == kChart) {
+            ASSERT_TRUE(Contains(text, "\t5.475\t"));
+        }
+        Put(file, text);
+        // Each run on the original against its counterpart on the copy.
+        const std::vector<std::pair<Strings, Strings>> runs = {
+            {{"color", file}, {"color", file}},
+            {{"color", file}, {"color", file, "--scale", "100"}},
+            {{"color", file, "--scale", "1"}, {"color", file, "--scale", "auto"}},
+            {{"color", file, "--space", "CIEXYZ", "--decimals", "6"},
+             {"color", file, "--space", "CIEXYZ", "--decimals", "6"}},
+            {{"density", file, "--white-base", "Absolute"}, {"density", file, "--white-base", "Absolute"}}};
+        for (const auto& [original, copy] : runs) {
+            SCOPED_TRACE(copy.back());
+            const Outcome percent = Qvi(copy, dir);
+            EXPECT_SUCCESS(percent);
+            EXPECT_EQ(Qvi(original, kSamples).out, percent.out);
+        }
+    }
+}
+
+TEST_F(QviScale, OverrideTheScale)
+{
+    Put("factor.cgats", FlatFile({{"1", "0.5"}}));
+    Put("percent.cgats", FlatFile({{"1", "50"}}));
+    const auto lightness = [&](const std::string& file, const std::string& scale) {
+        const Outcome outcome = Qvi({"color", file, "--scale", scale, "--decimals", "6"}, dir);
+        EXPECT_SUCCESS(outcome);
+        return ParseCgats(outcome.out).At(0, "LAB_L");
+    };
+    EXPECT_NEAR(Lightness(0.5), lightness("factor.cgats", "auto"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), lightness("factor.cgats", "1"), 0.01);
+    EXPECT_NEAR(Lightness(0.005), lightness("factor.cgats", "100"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), lightness("percent.cgats", "auto"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), lightness("percent.cgats", "100"), 0.01);
+    EXPECT_NEAR(Lightness(50.0), lightness("percent.cgats", "1"), 0.05);
+}
+
+// Percent is detected when a value exceeds 2, and then for the whole file.
+TEST_F(QviScale, AutomaticScaleThreshold)
+{
+    Put("two.cgats", FlatFile({{"1", "2"}, {"2", "0.5"}}));
+    Put("above.cgats", FlatFile({{"1", "2.01"}, {"2", "0.5"}}));
+    const Table two = ParseCgats(Qvi({"color", "two.cgats", "--decimals", "6"}, dir).out);
+    const Table above = ParseCgats(Qvi({"color", "above.cgats", "--decimals", "6"}, dir).out);
+    EXPECT_NEAR(Lightness(2.0), two.At(0, "LAB_L"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), two.At(1, "LAB_L"), 0.01);
+    EXPECT_NEAR(Lightness(0.0201), above.At(0, "LAB_L"), 0.01);
+    EXPECT_NEAR(Lightness(0.005), above.At(1, "LAB_L"), 0.01);
+}
+
+// Relative spectral power around 100 is no percent reflectance: emission
+// data keeps its own scale unless --scale says otherwise.
+TEST_F(QviScale, EmissionKeepsItsScale)
+{
+    const Outcome outcome = Qvi({"color", kIlluminants, "--space", "CIEXYZ", "--decimals", "6"});
+    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ(Qvi({"color", kIlluminants, "--space", "CIEXYZ", "--decimals", "6", "--scale", "1"}).out, outcome.out);
+    const Table table = ParseCgats(outcome.out);
+    const Table scaled =
+        ParseCgats(Qvi({"color", kIlluminants, "--space", "CIEXYZ", "--decimals", "6", "--scale", "100"}).out);
+    ASSERT_EQ(6u, scaled.rows.size());
+    for (std::size_t r = 0; r < 6; ++r) {
+        EXPECT_NEAR(table.At(r, "XYZ_Y") / 100.0, scaled.At(r, "XYZ_Y"), 1e-3) << r;
+        EXPECT_GT(table.At(r, "XYZ_Y"), 1000.0) << r;
+    }
+}
+
+// ======================================================= library failures
+
+using QviLibraryFailure = QviTest;
+
+TEST_F(QviLibraryFailure, ColourSpaceWithoutVector)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--space", "CMYK"});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: GetVector not supported for ColorSpace CMYK\n", outcome.err);
+}
+
+TEST_F(QviLibraryFailure, DensityWithoutPaperWhite)
+{
+    const Outcome outcome = Qvi({"density", kChart});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: Missing WhiteReference\n", outcome.err);
+}
+
+TEST_F(QviLibraryFailure, SpectrumOutOfRange)
+{
+    const Outcome outcome = Qvi({"spectrum", "100", "120", "120"});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: CMetryCalculator: Conversion out of Range\n", outcome.err);
+}
+
+TEST_F(QviLibraryFailure, UnknownConditionKey)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--condition", "Colorimetric.Bogus=1"});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_TRUE(Contains(outcome.err, "Colorimetric.Bogus")) << outcome;
+}
+
+TEST_F(QviLibraryFailure, UnknownIlluminant)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--illuminant", "D99x"});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_TRUE(Contains(outcome.err, "D99x")) << outcome;
+}
+
+// ============================================================ output file
+
+using QviOutputFile = QviTest;
+
+TEST_F(QviOutputFile, WrittenOnSuccess)
+{
+    const Outcome plain = Qvi({"color", kChart, "--format", "json"});
+    for (const char* option : {"--output", "-o"}) {
+        const std::string path = Path(std::string("result") + option + ".json");
+        const Outcome outcome = Qvi({"color", kChart, option, path, "--format", "json"});
+        EXPECT_SUCCESS(outcome);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_EQ(plain.out, ReadFile(path));
+    }
+    const std::string path = Path("inline.cgats");
+    EXPECT_SUCCESS(Qvi({"color", kChart, "--output=" + path}));
+    EXPECT_EQ(Qvi({"color", kChart}).out, ReadFile(path));
+    // Nothing but the outputs is left behind.
+    std::size_t files = 0;
+    for (const auto& entry : fs::directory_iterator(dir)) {
+        (void)entry;
+        ++files;
+    }
+    EXPECT_EQ(3u, files);
+}
+
+TEST_F(QviOutputFile, NoFileAfterAFailedRun)
+{
+    Put("letter.txt", "Dear colleague\n");
+    for (const Strings& arguments :
+         {Strings{"color", SamplePath(kChart), "--space", "CMYK"}, Strings{"density", SamplePath(kChart)},
+          Strings{"color", "letter.txt"}, Strings{"color", "absent.cgats"}}) {
+        SCOPED_TRACE(arguments[1]);
+        Strings withOutput = arguments;
+        withOutput.insert(withOutput.end(), {"--output", Path("result.cgats")});
+        const Outcome outcome = Qvi(withOutput, dir);
+        EXPECT_NE(0, outcome.status);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_FALSE(fs::exists(Path("result.cgats")));
+    }
+    std::size_t files = 0;
+    for (const auto& entry : fs::directory_iterator(dir)) {
+        EXPECT_EQ("letter.txt", entry.path().filename().string());
+        ++files;
+    }
+    EXPECT_EQ(1u, files);
+}
+
+TEST_F(QviOutputFile, AFailedRunLeavesAnOlderFileAlone)
+{
+    const std::string path = Put("result.cgats", "older content\n");
+    const Outcome outcome = Qvi({"color", kChart, "--space", "CMYK", "-o", path});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("older content\n", ReadFile(path));
+}
+
+TEST_F(QviOutputFile, UnwritableOutput)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--output", Path("no/such/directory/result.cgats")});
+    EXPECT_NE(0, outcome.status);
+    EXPECT_EQ("", outcome.out);
+    EXPECT_TRUE(Contains(outcome.err, "result.cgats")) << outcome;
+}
+
+// ============================================================== conditions
+
+using QviConditions = QviTest;
+
+TEST_F(QviConditions, ConditionReachesTheObserver)
+{
+    const Outcome byKey = Qvi({"color", kChart, "--condition", "Colorimetric.Observer=TenDegree"});
+    EXPECT_SUCCESS(byKey);
+    EXPECT_EQ(Qvi({"color", kChart, "--observer", "TenDegree"}).out, byKey.out);
+    EXPECT_EQ(Qvi({"color", kChart, "--observer", "10"}).out, byKey.out);
+    EXPECT_EQ(Qvi({"color", kChart, "--condition=Colorimetric.Observer=TenDegree"}).out, byKey.out);
+    const Table ten = ParseCgats(byKey.out);
+    const Table two = ParseCgats(Qvi({"color", kChart}).out);
+    EXPECT_EQ("TenDegree", ten.Keyword("OBSERVER"));
+    // The numbers change.
+    std::size_t changed = 0;
+    for (std::size_t r = 0; r < 24; ++r) {
+        changed += ten.Value(r, "LAB_A") != two.Value(r, "LAB_A") ? 1 : 0;
+    }
+    EXPECT_GT(changed, 20u);
+}
+
+TEST_F(QviConditions, ConditionReachesTheIlluminationAndTheSpace)
+{
+    EXPECT_EQ(Qvi({"color", kOtherChart, "--illuminant", "D50"}).out,
+              Qvi({"color", kOtherChart, "--condition", "Colorimetric.Illumination=D50"}).out);
+    EXPECT_EQ(Qvi({"color", kOtherChart, "--space", "CIEXYZ"}).out,
+              Qvi({"color", kOtherChart, "--condition", "ColorSpaceDescription.Type=CIEXYZ"}).out);
+    EXPECT_EQ(Qvi({"delta-e", kChart, kOtherChart, "--formula", "CMC"}).out,
+              Qvi({"delta-e", kChart, kOtherChart, "--condition", "ColorSpaceDescription.DeltaEFormula=CMC"}).out);
+    EXPECT_NE(Qvi({"color", kOtherChart}).out, Qvi({"color", kOtherChart, "--illuminant", "D50"}).out);
+}
+
+TEST_F(QviConditions, WhiteBasePaperRelativeToThePaperWhite)
+{
+    const Outcome outcome =
+        Qvi({"color", kOtherChart, "--white-base", "Paper", "--paper-white", "19", "--decimals", "6"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ("Paper", table.Keyword("WHITE_BASE"));
+    const std::size_t white = table.Row("19");
+    EXPECT_NEAR(100.0, table.At(white, "LAB_L"), 1e-3);
+    EXPECT_NEAR(0.0, table.At(white, "LAB_A"), 1e-3);
+    EXPECT_NEAR(0.0, table.At(white, "LAB_B"), 1e-3);
+    // Everything else is relative to it: lighter than absolute.
+    const Table absolute = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "6"}).out);
+    EXPECT_GT(table.At(table.Row("22"), "LAB_L"), absolute.At(absolute.Row("22"), "LAB_L"));
+}
+
+// A named paper white makes colour relative to it unless --white-base says
+// otherwise.
+TEST_F(QviConditions, PaperWhiteAloneMeansWhiteBasePaper)
+{
+    const Outcome implied = Qvi({"color", kOtherChart, "--paper-white", "19"});
+    EXPECT_SUCCESS(implied);
+    EXPECT_EQ(Qvi({"color", kOtherChart, "--paper-white", "19", "--white-base", "Paper"}).out, implied.out);
+    EXPECT_EQ("Paper", ParseCgats(implied.out).Keyword("WHITE_BASE"));
+    const Outcome absolute = Qvi({"color", kOtherChart, "--paper-white", "19", "--white-base", "Absolute"});
+    EXPECT_SUCCESS(absolute);
+    EXPECT_EQ("Absolute", ParseCgats(absolute.out).Keyword("WHITE_BASE"));
+    std::string expected = Qvi({"color", kOtherChart}).out;
+    EXPECT_EQ(expected, absolute.out);
+}
+
+// ================================================================= delta-e
+
+using QviDeltaE = QviTest;
+
+struct Summary {
+    double mean = 0.0;
+    std::string maximum;
+    std::string p95;
+    std::size_t exceeding = 0;
+    std::string ids;
+};
+
+// The summary recomputed from the rows: the mean, the largest value, the
+// nearest-rank 95th percentile, and the samples above the tolerance.
+Summary Recompute(const Table& table, double tolerance)
+{
+    Summary summary;
+    std::vector<std::pair<double, std::string>> values;
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const double value = table.At(r, "DELTA_E");
+        values.emplace_back(value, table.Value(r, "DELTA_E"));
+        summary.mean += value;
+        const bool exceeds = table.Value(r, "EXCEEDS") == "1";
+        EXPECT_TRUE(table.Value(r, "EXCEEDS") == "0" || exceeds);
+        // The flag agrees with the printed value, up to its rounding.
+        if (value > tolerance + 1e-4) {
+            EXPECT_TRUE(exceeds) << r;
+        } else if (value < tolerance - 1e-4) {
+            EXPECT_FALSE(exceeds) << r;
+        }
+        if (exceeds) {
+            ++summary.exceeding;
+            summary.ids += (summary.ids.empty() ? "" : " ") + table.Value(r, "SAMPLE_ID");
+        }
+    }
+    summary.mean /= static_cast<double>(values.size());
+    std::sort(values.begin(), values.end());
+    summary.maximum = values.back().second;
+    const std::size_t rank = (95 * values.size() + 99) / 100;
+    summary.p95 = values.at(rank - 1).second;
+    return summary;
+}
+
+void ExpectSummary(const Table& table, double tolerance)
+{
+    const Summary summary = Recompute(table, tolerance);
+    EXPECT_NEAR(summary.mean, Number(table.Keyword("DELTA_E_MEAN")), 1e-4);
+    EXPECT_EQ(summary.maximum, table.Keyword("DELTA_E_MAX"));
+    EXPECT_EQ(summary.p95, table.Keyword("DELTA_E_P95"));
+    EXPECT_NEAR(tolerance, Number(table.Keyword("DELTA_E_TOLERANCE")), 1e-9);
+    EXPECT_EQ(std::to_string(summary.exceeding), table.Keyword("DELTA_E_EXCEEDING"));
+}
+
+TEST_F(QviDeltaE, SummaryRecomputedFromTheRows)
+{
+    for (double tolerance : {2.0, 1.0, 0.5, 10.0}) {
+        SCOPED_TRACE(tolerance);
+        const Outcome outcome = Qvi({"delta-e", kChart, kOtherChart, "--tolerance", std::to_string(tolerance)});
+        EXPECT_SUCCESS(outcome);
+        const Table table = ParseCgats(outcome.out);
+        EXPECT_EQ((Strings{"SAMPLE_ID", "SAMPLE_NAME", "REFERENCE_ID", "DELTA_E", "EXCEEDS"}), table.fields);
+        ASSERT_EQ(24u, table.rows.size());
+        for (std::size_t r = 0; r < 24; ++r) {
+            EXPECT_EQ(table.Value(r, "SAMPLE_ID"), table.Value(r, "REFERENCE_ID"));
+        }
+        EXPECT_EQ("CIELab", table.Keyword("DELTA_E_FORMULA"));
+        EXPECT_EQ("colour differences of " + kOtherChart + " against " + kChart, table.Keyword("DESCRIPTOR"));
+        ExpectSummary(table, tolerance);
+    }
+}
+
+TEST_F(QviDeltaE, SummaryInEveryFormat)
+{
+    const Table cgats = ParseCgats(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5"}).out);
+    const Summary summary = Recompute(cgats, 1.5);
+    const std::map<std::string, std::string> expected = {{"samples", "24"},
+                                                         {"mean", cgats.Keyword("DELTA_E_MEAN")},
+                                                         {"maximum", cgats.Keyword("DELTA_E_MAX")},
+                                                         {"p95", cgats.Keyword("DELTA_E_P95")},
+                                                         {"tolerance", "1.5000"},
+                                                         {"exceeding", cgats.Keyword("DELTA_E_EXCEEDING")},
+                                                         {"exceeding_ids", summary.ids}};
+    ASSERT_GT(summary.exceeding, 1u);
+
+    const Csv csv = ParseCsv(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "csv"}).out);
+    EXPECT_EQ(expected, (std::map<std::string, std::string>(csv.summary.begin(), csv.summary.end())));
+
+    const Json json = ParseJson(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "json"}).out);
+    std::map<std::string, std::string> fromJson;
+    for (const auto& [key, value] : json["summary"].members) {
+        fromJson[key] = value.text;
+        EXPECT_EQ(key == "exceeding_ids" ? Json::Kind::String : Json::Kind::Number, value.kind) << key;
+    }
+    EXPECT_EQ(expected, fromJson);
+
+    const Strings lines = Lines(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "table"}).out);
+    ASSERT_EQ(25u + 1u + expected.size(), lines.size());
+    std::map<std::string, std::string> fromTable;
+    for (std::size_t i = 26; i < lines.size(); ++i) {
+        const std::size_t colon = lines[i].find(':');
+        ASSERT_NE(std::string::npos, colon) << lines[i];
+        const std::size_t value = lines[i].find_first_not_of(' ', colon + 1);
+        fromTable[lines[i].substr(0, colon)] = value == std::string::npos ? "" : lines[i].substr(value);
+    }
+    EXPECT_EQ(expected, fromTable);
+}
+
+// The JSON summary keeps its types whatever the data: the list of samples
+// above the tolerance is text even when it names only one sample, or none.
+TEST_F(QviDeltaE, JsonSummaryTypesDoNotDependOnTheData)
+{
+    for (const char* tolerance : {"3", "100", "0"}) {
+        SCOPED_TRACE(tolerance);
+        const Outcome outcome = Qvi({"delta-e", kChart, kOtherChart, "--tolerance", tolerance, "--format", "json"});
+        EXPECT_SUCCESS(outcome);
+        const Json json = ParseJson(outcome.out);
+        EXPECT_EQ(Json::Kind::String, json["summary"]["exceeding_ids"].kind);
+        EXPECT_EQ(Json::Kind::Number, json["summary"]["exceeding"].kind);
+    }
+}
+
+// With the default formula the difference is the distance of the Lab values.
+TEST_F(QviDeltaE, DifferenceIsTheLabDistance)
+{
+    const Table reference = ParseCgats(Qvi({"color", kChart, "--decimals", "7"}).out);
+    const Table samples = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "7"}).out);
+    const Table table = ParseCgats(Qvi({"delta-e", kChart, kOtherChart, "--decimals", "6"}).out);
+    ASSERT_EQ(24u, table.rows.size());
+    for (std::size_t r = 0; r < 24; ++r) {
+        const std::size_t s = samples.Row(table.Value(r, "SAMPLE_ID"));
+        const std::size_t f = reference.Row(table.Value(r, "REFERENCE_ID"));
+        const double distance = std::sqrt(std::pow(samples.At(s, "LAB_L") - reference.At(f, "LAB_L"), 2) +
+                                          std::pow(samples.At(s, "LAB_A") - reference.At(f, "LAB_A"), 2) +
+                                          std::pow(samples.At(s, "LAB_B") - reference.At(f, "LAB_B"), 2));
+        EXPECT_NEAR(distance, table.At(r, "DELTA_E"), 1e-4) << r;
+    }
+}
+
+// CIE94 weighs chroma and hue down, never up.
+TEST_F(QviDeltaE, Cie94IsAtMostTheLabDistance)
+{
+    const Table lab = ParseCgats(Qvi({"delta-e", kChart, kOtherChart, "--decimals", "6"}).out);
+    const Table cie94 = ParseCgats(Qvi({"delta-e", kChart, kOtherChart, "--formula", "94", "--decimals", "6"}).out);
+    EXPECT_EQ("94", cie94.Keyword("DELTA_E_FORMULA"));
+    ASSERT_EQ(24u, cie94.rows.size());
+    std::size_t smaller = 0;
+    for (std::size_t r = 0; r < 24; ++r) {
+        EXPECT_LE(cie94.At(r, "DELTA_E"), lab.At(r, "DELTA_E") + 1e-5) << r;
+        smaller += cie94.At(r, "DELTA_E") < lab.At(r, "DELTA_E") - 1e-3 ? 1 : 0;
+    }
+    EXPECT_GT(smaller, 12u);
+    ExpectSummary(cie94, 2.0);
+}
+
+TEST_F(QviDeltaE, OneReferenceAgainstAllSamples)
+{
+    // A reference file of one sample: the white patch of the chart.
+    Table white = Sample(kChart);
+    white.rows = {white.rows.at(white.Row("19"))};
+    const std::string path = Put("white.cgats", Rewrite(white, Layout{}));
+    const Outcome outcome = Qvi({"delta-e", path, kChart, "--decimals", "6"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    ASSERT_EQ(24u, table.rows.size());
+    const Table lab = ParseCgats(Qvi({"color", kChart, "--decimals", "7"}).out);
+    const std::size_t w = lab.Row("19");
+    for (std::size_t r = 0; r < 24; ++r) {
+        EXPECT_EQ("19", table.Value(r, "REFERENCE_ID"));
+        const std::size_t s = lab.Row(table.Value(r, "SAMPLE_ID"));
+        const double distance = std::sqrt(std::pow(lab.At(s, "LAB_L") - lab.At(w, "LAB_L"), 2) +
+                                          std::pow(lab.At(s, "LAB_A") - lab.At(w, "LAB_A"), 2) +
+                                          std::pow(lab.At(s, "LAB_B") - lab.At(w, "LAB_B"), 2));
+        EXPECT_NEAR(distance, table.At(r, "DELTA_E"), 1e-4) << r;
+    }
+    EXPECT_EQ("0.000000", table.Value(table.Row("19"), "DELTA_E"));
+    ExpectSummary(table, 2.0);
+}
+
+TEST_F(QviDeltaE, OneReferenceAgainstAThousandSamples)
+{
+    Table first = Sample(kChips);
+    first.rows.resize(1);
+    const std::string path = Put("first.cgats", Rewrite(first, Layout{}));
+    const Outcome outcome = Qvi({"delta-e", path, kChips, "--tolerance", "30"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    ASSERT_EQ(1269u, table.rows.size());
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        ASSERT_EQ("1", table.Value(r, "REFERENCE_ID"));
+    }
+    EXPECT_EQ("0.0000", table.Value(0, "DELTA_E"));
+    ExpectSummary(table, 30.0);
+}
+
+// The summary lists the first 20 samples above the tolerance and counts the
+// rest; the EXCEEDS column marks them all.
+TEST_F(QviDeltaE, ListOfExceedingSamplesIsBounded)
+{
+    Table first = Sample(kChips);
+    first.rows.resize(1);
+    const std::string path = Put("first.cgats", Rewrite(first, Layout{}));
+    const Outcome outcome = Qvi({"delta-e", path, kChips, "--tolerance", "30", "--format", "csv"});
+    EXPECT_SUCCESS(outcome);
+    const Csv csv = ParseCsv(outcome.out);
+    ASSERT_EQ(1270u, csv.lines.size());
+    Strings ids;
+    for (std::size_t r = 1; r < csv.lines.size(); ++r) {
+        if (csv.lines[r].back() == "1") {
+            ids.push_back(csv.lines[r][0]);
+        }
+    }
+    ASSERT_GT(ids.size(), 20u);
+    std::string expected;
+    for (std::size_t i = 0; i < 20; ++i) {
+        expected += (i > 0 ? " " : "") + ids[i];
+    }
+    expected += " ... (" + std::to_string(ids.size() - 20) + " more)";
+    const std::map<std::string, std::string> summary(csv.summary.begin(), csv.summary.end());
+    EXPECT_EQ(expected, summary.at("exceeding_ids"));
+    EXPECT_EQ(std::to_string(ids.size()), summary.at("exceeding"));
+}
+
+TEST_F(QviDeltaE, ReferenceOption)
+{
+    const Outcome outcome = Qvi({"delta-e", kChart, kOtherChart, "--reference", "19", "--decimals", "6"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    const Table reference = ParseCgats(Qvi({"color", kChart, "--decimals", "7"}).out);
+    const Table samples = ParseCgats(Qvi({"color", kOtherChart, "--decimals", "7"}).out);
+    const std::size_t w = reference.Row("19");
+    ASSERT_EQ(24u, table.rows.size());
+    for (std::size_t r = 0; r < 24; ++r) {
+        EXPECT_EQ("19", table.Value(r, "REFERENCE_ID"));
+        const std::size_t s = samples.Row(table.Value(r, "SAMPLE_ID"));
+        const double distance = std::sqrt(std::pow(samples.At(s, "LAB_L") - reference.At(w, "LAB_L"), 2) +
+                                          std::pow(samples.At(s, "LAB_A") - reference.At(w, "LAB_A"), 2) +
+                                          std::pow(samples.At(s, "LAB_B") - reference.At(w, "LAB_B"), 2));
+        EXPECT_NEAR(distance, table.At(r, "DELTA_E"), 1e-4) << r;
+    }
+    ExpectSummary(table, 2.0);
+}
+
+TEST_F(QviDeltaE, UnknownReferenceId)
+{
+    const Outcome outcome = Qvi({"delta-e", kChart, kOtherChart, "--reference", "99"});
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(Contains(outcome.err, "99")) << outcome;
+}
+
+TEST_F(QviDeltaE, SampleWithoutReference)
+{
+    Table some = Sample(kChart);
+    some.rows.resize(3);
+    const std::string path = Put("three.cgats", Rewrite(some, Layout{}));
+    const Outcome outcome = Qvi({"delta-e", path, kOtherChart});
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(Contains(outcome.err, "no reference with SAMPLE_ID 4")) << outcome;
+}
+
+// ================================================================= density
+
+using QviDensity = QviTest;
+
+// Flat spectra: every filter sees the same reflectance, so the densities
+// and the dot area follow from the reflectances alone.
+TEST_F(QviDensity, FlatSpectraWithPaperWhiteSolidAndTint)
+{
+    Put("flat.cgats", FlatFile({{"1", "0.8"}, {"2", "0.4"}, {"3", "0.1"}, {"4", "0.2"}}));
+    const Outcome outcome = Qvi(
+        {"density", "flat.cgats", "--paper-white", "1", "--solid", "3", "--tint", "2=50", "--decimals", "6"}, dir);
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ((Strings{"SAMPLE_ID", "D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO", "FILTER", "DOT_AREA",
+                       "NOMINAL", "DOT_GAIN"}),
+              table.fields);
+    EXPECT_EQ("1", table.Keyword("PAPER_WHITE"));
+    EXPECT_EQ("3", table.Keyword("SOLID"));
+    ASSERT_EQ(4u, table.rows.size());
+    // Densities relative to the paper white.
+    const double density[] = {0.0, std::log10(2.0), std::log10(8.0), std::log10(4.0)};
+    for (std::size_t r = 0; r < 4; ++r) {
+        for (const char* field : {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO"}) {
+            EXPECT_NEAR(density[r], table.At(r, field), 1e-4) << r << ' ' << field;
+        }
+        // Murray-Davies: (1 - 10^-D tint) / (1 - 10^-D solid).
+        const double area = 100.0 * (1.0 - std::pow(10.0, -density[r])) / (1.0 - std::pow(10.0, -density[2]));
+        EXPECT_NEAR(area, table.At(r, "DOT_AREA"), 1e-3) << r;
+    }
+    EXPECT_NEAR(400.0 / 7.0, table.At(1, "DOT_AREA"), 1e-3);
+    EXPECT_NEAR(50.0, table.At(1, "NOMINAL"), 1e-9);
+    EXPECT_NEAR(400.0 / 7.0 - 50.0, table.At(1, "DOT_GAIN"), 1e-3);
+    // Rows that are no tint have no nominal value and no dot gain.
+    for (std::size_t r : {0u, 2u, 3u}) {
+        EXPECT_EQ("", table.Value(r, "NOMINAL"));
+        EXPECT_EQ("", table.Value(r, "DOT_GAIN"));
+    }
+}
+
+TEST_F(QviDensity, AbsoluteDensityOfFlatSpectra)
+{
+    Put("flat.cgats", FlatFile({{"1", "1"}, {"2", "0.5"}, {"3", "0.01"}}));
+    const Outcome outcome = Qvi({"density", "flat.cgats", "--white-base", "Absolute", "--decimals", "6"}, dir);
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ("Absolute", table.Keyword("WHITE_BASE"));
+    const double density[] = {0.0, std::log10(2.0), 2.0};
+    for (std::size_t r = 0; r < 3; ++r) {
+        for (const char* field : {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW"}) {
+            EXPECT_NEAR(density[r], table.At(r, field), 1e-4) << r << ' ' << field;
+        }
+    }
+}
+
+TEST_F(QviDensity, ChartWithPaperWhite)
+{
+    const Outcome outcome = Qvi({"density", kChart, "--paper-white", "19"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    ASSERT_EQ(24u, table.rows.size());
+    EXPECT_EQ("DIN", table.Keyword("DENSITY_STANDARD"));
+    EXPECT_EQ("19", table.Keyword("PAPER_WHITE"));
+    const std::size_t white = table.Row("19");
+    for (const char* field : {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO"}) {
+        EXPECT_EQ("0.0000", table.Value(white, field)) << field;
+    }
+    // The grey scale gets denser; the automatic density is the one of the
+    // filter it names; the primaries are seen through their complementary
+    // filter.
+    for (int id = 20; id <= 24; ++id) {
+        EXPECT_GT(table.At(table.Row(std::to_string(id)), "D_BLACK"),
+                  table.At(table.Row(std::to_string(id - 1)), "D_BLACK"));
+    }
+    for (std::size_t r = 0; r < 24; ++r) {
+        const std::string filter = table.Value(r, "FILTER");
+        std::string field = "D_";
+        for (char c : filter) {
+            field += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
+        EXPECT_EQ(table.Value(r, field), table.Value(r, "D_AUTO")) << r;
+    }
+    EXPECT_EQ("Cyan", table.Value(table.Row("18"), "FILTER"));
+    EXPECT_EQ("Magenta", table.Value(table.Row("17"), "FILTER"));
+    EXPECT_EQ("Yellow", table.Value(table.Row("16"), "FILTER"));
+    EXPECT_EQ("Black", table.Value(table.Row("22"), "FILTER"));
+}
+
+TEST_F(QviDensity, DotAreaThroughAFixedFilterIsMurrayDavies)
+{
+    const Outcome outcome = Qvi({"density", kChart, "--paper-white", "19", "--solid", "13", "--filter-mode", "Cyan",
+                                 "--decimals", "6"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    const double solid = table.At(table.Row("13"), "D_CYAN");
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const double area = 100.0 * (1.0 - std::pow(10.0, -table.At(r, "D_CYAN"))) / (1.0 - std::pow(10.0, -solid));
+        EXPECT_NEAR(area, table.At(r, "DOT_AREA"), 1e-3) << r;
+    }
+    EXPECT_EQ("100.000000", table.Value(table.Row("13"), "DOT_AREA"));
+    EXPECT_EQ("0.000000", table.Value(table.Row("19"), "DOT_AREA"));
+}
+
+// In the automatic filter mode the dot area uses one filter for solid and
+// tint: the one the solid selects.
+TEST_F(QviDensity, DotAreaInAutomaticModeUsesTheFilterOfTheSolid)
+{
+    const Table automatic =
+        ParseCgats(Qvi({"density", kChart, "--paper-white", "19", "--solid", "13", "--decimals", "6"}).out);
+    ASSERT_EQ(24u, automatic.rows.size());
+    const std::string filter = automatic.Value(automatic.Row("13"), "FILTER");
+    ASSERT_EQ("Cyan", filter);
+    const Table fixed = ParseCgats(Qvi({"density", kChart, "--paper-white", "19", "--solid", "13", "--filter-mode",
+                                        filter, "--decimals", "6"})
+                                       .out);
+    ASSERT_EQ(24u, fixed.rows.size());
+    for (std::size_t r = 0; r < 24; ++r) {
+        EXPECT_NEAR(fixed.At(r, "DOT_AREA"), automatic.At(r, "DOT_AREA"), 1e-4)
+            << "sample " << automatic.Value(r, "SAMPLE_ID") << " (" << automatic.Value(r, "FILTER") << ")";
+    }
+}
+
+TEST_F(QviDensity, DotGainOfTints)
+{
+    const Outcome outcome = Qvi({"density", kChart, "--paper-white", "19", "--solid", "24", "--filter-mode", "Black",
+                                 "--tint", "20=25", "--tint", "21=50", "--tint=22=75"});
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    EXPECT_EQ("24", table.Keyword("SOLID"));
+    const std::map<std::string, double> nominal = {{"20", 25.0}, {"21", 50.0}, {"22", 75.0}};
+    for (std::size_t r = 0; r < table.rows.size(); ++r) {
+        const std::string id = table.Value(r, "SAMPLE_ID");
+        if (nominal.count(id) == 0) {
+            EXPECT_EQ("", table.Value(r, "NOMINAL")) << id;
+            EXPECT_EQ("", table.Value(r, "DOT_GAIN")) << id;
+            continue;
+        }
+        EXPECT_EQ(nominal.at(id), table.At(r, "NOMINAL"));
+        EXPECT_NEAR(table.At(r, "DOT_AREA") - nominal.at(id), table.At(r, "DOT_GAIN"), 1.5e-4) << id;
+    }
+    EXPECT_EQ("100.0000", table.Value(table.Row("24"), "DOT_AREA"));
+    // Missing numbers: "-" in the table, null in JSON.
+    const Strings lines = Lines(Qvi({"density", kChart, "--paper-white", "19", "--solid", "24", "--filter-mode",
+                                     "Black", "--tint", "20=25", "--format", "table"})
+                                    .out);
+    ASSERT_EQ(25u, lines.size());
+    EXPECT_EQ("-", Cells(lines[1]).back());
+    const Json json = ParseJson(Qvi({"density", kChart, "--paper-white", "19", "--solid", "24", "--filter-mode",
+                                     "Black", "--tint", "20=25", "--format", "json"})
+                                    .out);
+    EXPECT_EQ(Json::Kind::Null, json["rows"].items.at(0)["DOT_GAIN"].kind);
+    EXPECT_EQ(Json::Kind::Number, json["rows"].items.at(19)["DOT_GAIN"].kind);
+}
+
+TEST_F(QviDensity, WrongSolidOrTint)
+{
+    EXPECT_FAILURE(Qvi({"density", kChart, "--paper-white", "19", "--tint", "20=25"}), 2);
+    EXPECT_FAILURE(Qvi({"density", kChart, "--paper-white", "19", "--solid", "99"}), 2);
+    EXPECT_FAILURE(Qvi({"density", kChart, "--paper-white", "19", "--solid", "24", "--tint", "98=25"}), 2);
+    EXPECT_FAILURE(Qvi({"density", kChart, "--paper-white", "97"}), 2);
+    EXPECT_FAILURE(Qvi({"density", kChart, "--paper-white", "19", "--solid", "24", "--tint", "20=half"}), 2);
+}
+
+// ========================================================== standard input
+
+using QviStandardInput = QviTest;
+
+TEST_F(QviStandardInput, ColorFromStandardInput)
+{
+    const Outcome fromFile = Qvi({"color", kChart});
+    const Outcome fromInput = Qvi({"color", "-"}, dir, SamplePath(kChart));
+    EXPECT_SUCCESS(fromInput);
+    std::string expected = fromFile.out;
+    const std::string descriptor = "colour values of " + kChart;
+    expected.replace(expected.find(descriptor), descriptor.size(), "colour values of <stdin>");
+    EXPECT_EQ(expected, fromInput.out);
+}
+
+TEST_F(QviStandardInput, LongFileFromStandardInput)
+{
+    const Outcome fromFile = Qvi({"density", kChips, "--white-base", "Absolute", "--format", "csv"});
+    const Outcome fromInput = Qvi({"density", "-", "--white-base", "Absolute", "--format", "csv"}, dir,
+                                  SamplePath(kChips));
+    EXPECT_SUCCESS(fromInput);
+    EXPECT_EQ(fromFile.out, fromInput.out);
+    EXPECT_EQ(1270u, Lines(fromInput.out).size());
+}
+
+TEST_F(QviStandardInput, SamplesOfDeltaEFromStandardInput)
+{
+    const Outcome outcome = Qvi({"delta-e", SamplePath(kChart), "-"}, dir, SamplePath(kOtherChart));
+    EXPECT_SUCCESS(outcome);
+    const Table table = ParseCgats(outcome.out);
+    const Table fromFile = ParseCgats(Qvi({"delta-e", kChart, kOtherChart}).out);
+    EXPECT_EQ(fromFile.rows, table.rows);
+    EXPECT_TRUE(Contains(table.Keyword("DESCRIPTOR"), "<stdin>"));
+}
+
+TEST_F(QviStandardInput, BrokenStandardInput)
+{
+    const std::string letter = Put("letter.txt", "Dear colleague, nothing to measure today.\n");
+    const Outcome outcome = Qvi({"color", "-"}, dir, letter);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_TRUE(StartsWith(outcome.err, "qvi: <stdin>:1: not a CGATS file")) << outcome;
+    const Outcome empty = Qvi({"color", "-"}, dir, "/dev/null");
+    EXPECT_FAILURE(empty, 2);
+    EXPECT_TRUE(StartsWith(empty.err, "qvi: <stdin>: not a CGATS file")) << empty;
+}
+
+// ========================================================= pinned outputs
+
+// These expected files pin qvi's output byte for byte. They are not
+// independently computed values: they were written once by running qvi
+// itself, in data/samples with the bare file names (the DESCRIPTOR keyword
+// holds the path as given), and they guard against any unintended change of
+// the output. When a change is intended, write them anew with the same
+// command lines and review the difference.
+struct Pinned {
+    const char* name;
+    const char* expected;
+    Strings arguments;
+};
+
+void PrintTo(const Pinned& pinned, std::ostream* stream)
+{
+    *stream << pinned.expected;
+}
+
+class QviPinnedOutput : public testing::TestWithParam<Pinned> {};
+
+TEST_P(QviPinnedOutput, IsByteIdentical)
+{
+    const std::string expected = ReadFile(kExpected + "/" + GetParam().expected);
+    ASSERT_FALSE(expected.empty()) << GetParam().expected;
+    const Outcome outcome = Qvi(GetParam().arguments, kSamples);
+    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ(expected, outcome.out);
+    ParseCgats(outcome.out);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    QviSamples, QviPinnedOutput,
+    testing::Values(Pinned{"ColorD50", "color_chart24_babelcolor_avg_D50.cgats",
+                           {"color", "chart24_babelcolor_avg.cgats", "--illuminant", "D50"}},
+                    Pinned{"ColorD65", "color_chart24_babelcolor_avg_D65.cgats",
+                           {"color", "chart24_babelcolor_avg.cgats", "--illuminant", "D65"}},
+                    Pinned{"DeltaE", "delta-e_chart24_ohta_against_chart24_babelcolor_avg.cgats",
+                           {"delta-e", "chart24_babelcolor_avg.cgats", "chart24_ohta.cgats"}},
+                    Pinned{"Density", "density_chart24_babelcolor_avg_paper_white_19.cgats",
+                           {"density", "chart24_babelcolor_avg.cgats", "--paper-white", "19"}}),
+    [](const testing::TestParamInfo<Pinned>& info) { return std::string(info.param.name); });
+
+} // namespace

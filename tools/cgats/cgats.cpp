@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <system_error>
 
@@ -60,7 +61,7 @@ bool ParseAs(std::string_view text, T& value)
     }
     T parsed{};
     const auto [end, error] = std::from_chars(scratch, scratch + length, parsed, std::chars_format::general);
-    if (error != std::errc() || end != scratch + length) {
+    if (error != std::errc() || end != scratch + length || !std::isfinite(parsed)) {
         return false;
     }
     value = parsed;

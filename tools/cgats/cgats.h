@@ -89,8 +89,9 @@ private:
 // The views point into `line`.
 void Tokenize(std::string_view line, std::vector<std::string_view>& tokens);
 
-// Parses a number written with a decimal point or a decimal comma, with an
-// optional sign. False for anything else (also trailing characters).
+// Parses a finite number written with a decimal point or a decimal comma,
+// with an optional sign. False for anything else (trailing characters,
+// "inf", "nan", a value out of range).
 bool ParseNumber(std::string_view text, double& value);
 // The same, rounded once to the nearest float.
 bool ParseNumber(std::string_view text, float& value);

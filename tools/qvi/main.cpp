@@ -123,8 +123,9 @@ const std::map<std::string, std::string> kCommandHelp = {
      "  --density-standard S  DIN (default), DINNB, ANSIA, ANSIT, SPI, User\n"
      "  --white-base W        Absolute, Paper, Automatic (default; needs a paper white)\n"
      "  --paper-white ID      the sample that is the paper white\n"
-     "  --filter-mode M       Auto (default), Black, Cyan, Magenta, Yellow, Max:\n"
-     "                        the filter of the dot area and dot gain\n"
+     "  --filter-mode M       Auto (default: the filter the solid selects), Black,\n"
+     "                        Cyan, Magenta, Yellow, Max: the filter of the dot\n"
+     "                        area and dot gain\n"
      "  --solid ID            add the dot area (Murray-Davies, percent) of every\n"
      "                        sample against this solid\n"
      "  --tint ID=PERCENT     add the dot gain of this tint with its nominal\n"
@@ -648,7 +649,7 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
                        {"p95", p95},
                        {"tolerance", tolerance},
                        {"exceeding", std::to_string(exceeding)},
-                       {"exceeding_ids", list}};
+                       {"exceeding_ids", list, true}};
     return result;
 }
 
@@ -711,9 +712,23 @@ std::unique_ptr<ResultSet> Density(const Options& options)
     automatic.SetMeasureCondition(String("Colorimetric.DensityFilterMode"), String("Auto"));
     const CMetry::QVDensityStdTYPE standard = CMetry::MeasureConditionGetStrings().GetDensityStandard(
         String(Condition(conditions, "Colorimetric.DensityStandard").c_str()));
-    const CMetry::DensityFilterModeTYPE mode = CMetry::MeasureConditionGetStrings().GetDensityFilterMode(
+    CMetry::DensityFilterModeTYPE mode = CMetry::MeasureConditionGetStrings().GetDensityFilterMode(
         String(Condition(conditions, "Colorimetric.DensityFilterMode").c_str()));
     const Sample* solid = options.solid.empty() ? nullptr : file.Find(options.solid);
+    // Dot area and dot gain compare solid and tint through one filter: with
+    // automatic selection, the one the solid selects (left to itself, each
+    // reading would select its own, and a light tint reads through black).
+    CMetry::QVMeasureConditions gainConditions = conditions;
+    if (solid != nullptr && mode == CMetry::DensityFilterModeAuto) {
+        CMetry::QVDensity solidDensity;
+        if (CMetry::DensityCalculator::GetDensityVector(SpectrumOf(*solid, conditions), standard,
+                                                        CMetry::WhiteBasePaper, solidDensity)) {
+            mode = static_cast<CMetry::DensityFilterModeTYPE>(CMetry::DensityCalculator::GetDensityFilter(solidDensity));
+            gainConditions.SetMeasureCondition(String("Colorimetric.DensityFilterMode"),
+                                               CMetry::MeasureConditionGetStrings().ToString(mode));
+            result->keywords.emplace_back("DOT_AREA_FILTER", Text(CMetry::MeasureConditionGetStrings().ToString(mode)));
+        }
+    }
     std::vector<std::string> row;
     const bool names = file.HasNames();
     file.ForEach(
@@ -740,8 +755,8 @@ std::unique_ptr<ResultSet> Density(const Options& options)
                     row.emplace_back();
                 } else {
                     row.push_back(FormatNumber(found->second, options.decimals));
-                    row.push_back(FormatNumber(CMetry::DensityService::GetDotGain(
-                                                   spectrum, SpectrumOf(*solid, conditions), conditions, found->second),
+                    row.push_back(FormatNumber(CMetry::DensityService::GetDotGain(spectrum, SpectrumOf(*solid, conditions),
+                                                                                  gainConditions, found->second),
                                                options.decimals));
                 }
             }
@@ -816,7 +831,7 @@ std::unique_ptr<ResultSet> SpectrumCommand(const Options& options)
     for (const auto& entry : ConditionKeywords(conditions, {"Colorimetric.Illumination", "Colorimetric.Observer"})) {
         result->keywords.push_back(entry);
     }
-    result->summary = {{"result", "success"}, {"delta_e", FormatNumber(reached, options.decimals)}};
+    result->summary = {{"result", "success", true}, {"delta_e", FormatNumber(reached, options.decimals)}};
     return result;
 }
 
@@ -878,7 +893,9 @@ int Run(int argc, char** argv)
         return 2;
     }
     if (options.command.empty()) {
-        std::cout << kGeneralHelp;
+        // Asked for, the help goes to standard output; as the answer to a
+        // wrong command line, to standard error.
+        (options.help ? std::cout : std::cerr) << kGeneralHelp;
         return options.help ? 0 : 2;
     }
     const auto help = kCommandHelp.find(options.command);

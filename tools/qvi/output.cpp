@@ -218,8 +218,8 @@ void ResultSet::Write(Format format, std::ostream& output)
             }
             output << '\n';
         });
-        for (const auto& [key, value] : summary) {
-            output << "# " << key << ": " << value << '\n';
+        for (const SummaryEntry& entry : summary) {
+            output << "# " << entry.key << ": " << entry.value << '\n';
         }
         break;
     }
@@ -254,11 +254,10 @@ void ResultSet::Write(Format format, std::ostream& output)
         if (!summary.empty()) {
             output << ",\n  \"summary\": {";
             for (std::size_t i = 0; i < summary.size(); ++i) {
-                double number;
-                const bool numeric = Cgats::ParseNumber(summary[i].second, number) &&
-                                     summary[i].second.find(',') == std::string::npos;
-                output << (i > 0 ? ", " : "") << JsonString(summary[i].first) << ": "
-                       << (numeric ? summary[i].second : JsonString(summary[i].second));
+                const SummaryEntry& entry = summary[i];
+                const bool number = !entry.text && !entry.value.empty();
+                output << (i > 0 ? ", " : "") << JsonString(entry.key) << ": "
+                       << (number ? entry.value : entry.text ? JsonString(entry.value) : std::string("null"));
             }
             output << "}";
         }
@@ -290,11 +289,11 @@ void ResultSet::Write(Format format, std::ostream& output)
         if (!summary.empty()) {
             output << '\n';
             std::size_t keyWidth = 0;
-            for (const auto& entry : summary) {
-                keyWidth = std::max(keyWidth, entry.first.size());
+            for (const SummaryEntry& entry : summary) {
+                keyWidth = std::max(keyWidth, entry.key.size());
             }
-            for (const auto& [key, value] : summary) {
-                output << key << ':' << std::string(keyWidth - key.size() + 1, ' ') << value << '\n';
+            for (const SummaryEntry& entry : summary) {
+                output << entry.key << ':' << std::string(keyWidth - entry.key.size() + 1, ' ') << entry.value << '\n';
             }
         }
         break;

@@ -30,6 +30,13 @@ private:
     std::string path;
 };
 
+// One line of a summary; `text` values are JSON strings, the others numbers.
+struct SummaryEntry {
+    std::string key;
+    std::string value;
+    bool text = false;
+};
+
 struct Column {
     std::string name;
     bool text = false;
@@ -52,7 +59,7 @@ public:
     std::vector<std::string> comments;
     // Lines printed after the rows (table and CSV) or as a "summary" object
     // (JSON; the pairs).
-    std::vector<std::pair<std::string, std::string>> summary;
+    std::vector<SummaryEntry> summary;
 
     void Write(Format format, std::ostream& output);
 
