@@ -247,6 +247,35 @@ bool DensityCalculator::GetMaxDensity(const QVSpectrum& spectrum, QVWhiteBaseTYP
     return result;
 }
 
+bool DensityCalculator::SolidAndTint(const QVSpectrum& solid, const QVSpectrum& tint,
+                                     QVDensityStdTYPE densityStandard, QVWhiteBaseTYPE whiteBase,
+                                     DensityFilterModeTYPE mode, bool withSlope, float& solidDensity,
+                                     float& tintDensity)
+{
+    if (mode == DensityFilterModeMax) {
+        float tintSpectrum[kPoints];
+        unsigned short waveLength;
+        // The solid's maximum is always taken relative to paper white.
+        if (!GetDensitySpectrum(tint, whiteBase, tintSpectrum) ||
+            !GetMaxDensity(solid, WhiteBasePaper, solidDensity, waveLength)) {
+            return false;
+        }
+        tintDensity = tintSpectrum[solid.GetArrayIndex(waveLength)];
+        return true;
+    }
+    QVDensity solidVector;
+    QVDensity tintVector;
+    const auto vector = withSlope ? GetDensityVectorWithSlope : GetDensityVector;
+    if (!vector(solid, densityStandard, whiteBase, solidVector) ||
+        !vector(tint, densityStandard, whiteBase, tintVector)) {
+        return false;
+    }
+    // In mode 5 each reading selects its own filter.
+    solidDensity = solidVector[mode];
+    tintDensity = tintVector[mode];
+    return true;
+}
+
 bool DensityCalculator::GetDotArea(const QVSpectrum& solid, const QVSpectrum& tint, QVDensityStdTYPE densityStandard,
                                    DensityFilterModeTYPE mode, float& area)
 {
@@ -258,23 +287,8 @@ bool DensityCalculator::GetDotArea(const QVSpectrum& solid, const QVSpectrum& ti
 {
     float solidDensity;
     float tintDensity;
-    if (mode == DensityFilterModeMax) {
-        float tintSpectrum[kPoints];
-        unsigned short waveLength;
-        if (!GetDensitySpectrum(tint, WhiteBasePaper, tintSpectrum) ||
-            !GetMaxDensity(solid, WhiteBasePaper, solidDensity, waveLength)) {
-            return false;
-        }
-        tintDensity = tintSpectrum[solid.GetArrayIndex(waveLength)];
-    } else {
-        QVDensity solidVector;
-        QVDensity tintVector;
-        if (!GetDensityVector(solid, densityStandard, WhiteBasePaper, solidVector) ||
-            !GetDensityVector(tint, densityStandard, WhiteBasePaper, tintVector)) {
-            return false;
-        }
-        solidDensity = solidVector[mode];
-        tintDensity = tintVector[mode];
+    if (!SolidAndTint(solid, tint, densityStandard, WhiteBasePaper, mode, false, solidDensity, tintDensity)) {
+        return false;
     }
     const double factor = n;
     const auto a = static_cast<float>(1.0 - std::pow(10.0, -static_cast<double>(solidDensity) / factor));
@@ -291,24 +305,8 @@ bool DensityCalculator::GetContrast(const QVSpectrum& solid, const QVSpectrum& t
 {
     float solidDensity;
     float tintDensity;
-    if (mode == DensityFilterModeMax) {
-        float tintSpectrum[kPoints];
-        unsigned short waveLength;
-        // The solid's maximum is always taken relative to paper white.
-        if (!GetDensitySpectrum(tint, whiteBase, tintSpectrum) ||
-            !GetMaxDensity(solid, WhiteBasePaper, solidDensity, waveLength)) {
-            return false;
-        }
-        tintDensity = tintSpectrum[solid.GetArrayIndex(waveLength)];
-    } else {
-        QVDensity solidVector;
-        QVDensity tintVector;
-        if (!GetDensityVectorWithSlope(solid, densityStandard, whiteBase, solidVector) ||
-            !GetDensityVectorWithSlope(tint, densityStandard, whiteBase, tintVector)) {
-            return false;
-        }
-        solidDensity = solidVector[mode];
-        tintDensity = tintVector[mode];
+    if (!SolidAndTint(solid, tint, densityStandard, whiteBase, mode, true, solidDensity, tintDensity)) {
+        return false;
     }
     if (std::fabs(static_cast<double>(solidDensity)) < kSmall) {
         contrast = 0.0f;

@@ -179,6 +179,14 @@ public:
 private:
     friend class TestAccess;
 
+    // The solid's and the tint's density as the mode reads them: in mode 4
+    // the solid's maximum density (relative to paper white) and the tint's
+    // density spectrum (under `whiteBase`) at that wavelength; otherwise
+    // both density vectors under `whiteBase`, calibrated when withSlope.
+    static bool SolidAndTint(const QVSpectrum& solid, const QVSpectrum& tint, QVDensityStdTYPE densityStandard,
+                             QVWhiteBaseTYPE whiteBase, DensityFilterModeTYPE mode, bool withSlope,
+                             float& solidDensity, float& tintDensity);
+
     DensityCalculator() = default;
     DensityCalculator(const DensityCalculator&) = default;
 };

@@ -66,6 +66,20 @@ DensityFilterModeTYPE ModeOf(const QVMeasureConditions& conditions)
     return MeasureConditionGetStrings().GetDensityFilterMode(conditions.GetMeasureCondition(kDensityFilterModeKey));
 }
 
+// The calibration cell of a condition set, kept while the cell is neutral.
+struct SavedCalibration {
+    DensityService::Calibration slope;
+    DensityService::Calibration offset;
+};
+
+SavedCalibration Neutralise(const QVMeasureConditions& conditions)
+{
+    SavedCalibration saved;
+    DensityService::GetDensityCalibration(conditions, saved.slope, saved.offset);
+    DensityService::SetDensityCalibration(conditions, DensityService::Calibration(), DensityService::Calibration());
+    return saved;
+}
+
 } // namespace
 
 Diagnostics::String DensityService::GetValueString() const
@@ -95,10 +109,7 @@ float DensityService::GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid
 {
     // The dot area reads no calibration; the neutral cell during the call
     // (and after a failure) is part of the observable behaviour.
-    Calibration slope;
-    Calibration offset;
-    GetDensityCalibration(conditions, slope, offset);
-    SetDensityCalibration(conditions, Calibration(), Calibration());
+    const SavedCalibration saved = Neutralise(conditions);
     const QVDensityStdTYPE standard = StandardOf(conditions);
     const DensityFilterModeTYPE mode = ModeOf(conditions);
     float area;
@@ -106,7 +117,7 @@ float DensityService::GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid
         Raise("Calculation of dot gain failed");
     }
     const auto gain = static_cast<float>(static_cast<double>(area) * 100.0 - nominalPercent);
-    SetDensityCalibration(conditions, slope, offset);
+    SetDensityCalibration(conditions, saved.slope, saved.offset);
     return gain;
 }
 
@@ -117,16 +128,13 @@ float DensityService::GetSlur(const Utilities::Vector<QVSpectrum>& tints, const 
     if (count <= 1) {
         return 0.0f;
     }
-    Calibration slope;
-    Calibration offset;
-    GetDensityCalibration(conditions, slope, offset);
-    SetDensityCalibration(conditions, Calibration(), Calibration());
+    const SavedCalibration saved = Neutralise(conditions);
     const QVDensityStdTYPE standard = StandardOf(conditions);
     const DensityFilterModeTYPE mode = ModeOf(conditions);
     Utilities::Vector<float> areas(count);
     for (unsigned long i = 0; i < count; ++i) {
         if (!DensityCalculator::GetDotArea(solid, tints[i], standard, mode, areas[i])) {
-            SetDensityCalibration(conditions, slope, offset);
+            SetDensityCalibration(conditions, saved.slope, saved.offset);
             String text = Translated("Calculation of slur failed at Halftone ");
             text += String(i);
             throw ExceptionCMetry(text);
@@ -144,7 +152,7 @@ float DensityService::GetSlur(const Utilities::Vector<QVSpectrum>& tints, const 
     // exactly 0; the scaling to percent in double.
     const float spread = static_cast<float>(count) * largest - sum;
     const auto slur = static_cast<float>(static_cast<double>(spread) * 100.0);
-    SetDensityCalibration(conditions, slope, offset);
+    SetDensityCalibration(conditions, saved.slope, saved.offset);
     return slur;
 }
 

@@ -96,7 +96,7 @@ void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std:
         } else {
             good = Cgats::ParseNumber(text, value);
         }
-        if (!good || !std::isfinite(value)) {
+        if (!good) {
             throw Cgats::Error(name, row.line,
                                "the value \"" + std::string(text) + "\" of " + reader.Fields()[gridField[point]] +
                                    " is not a number");
@@ -105,41 +105,57 @@ void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std:
     }
 }
 
-void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool progress)
+std::size_t SpectralFile::Pass(const char* what, bool progress,
+                              const std::function<void(const Cgats::Reader&, const Cgats::Row&, std::size_t)>& visit)
 {
     std::ifstream stream;
     Open(stream);
     Cgats::Reader reader(stream, name);
     Layout(reader);
     Cgats::Row row;
+    std::size_t index = 0;
+    while (reader.Next(row)) {
+        ++index;
+        visit(reader, row, index);
+        Progress(progress, what, name, index);
+    }
+    EndProgress(progress);
+    return reader.FormatLine();
+}
+
+void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool progress)
+{
     Sample sample;
-    std::set<std::string> ids;
     double maximum = 0.0;
     count = 0;
     kept.clear();
-    while (reader.Next(row)) {
-        ++count;
-        Read(reader, row, count, sample, false);
-        // Ids must be unique where samples are looked up by id; checking
-        // every file would cost memory that grows with the file.
-        if (keepAll && idField >= 0 && !ids.insert(sample.id).second) {
-            throw Cgats::Error(name, row.line, "SAMPLE_ID " + sample.id + " appears twice");
-        }
-        for (double value : sample.raw) {
-            maximum = std::max(maximum, value);
-        }
-        if ((keepAll || wanted.count(sample.id) > 0) && kept.count(sample.id) == 0) {
+    const std::size_t formatLine =
+        Pass("checking", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index) {
+            count = index;
+            Read(reader, row, index, sample, false);
+            for (double value : sample.raw) {
+                maximum = std::max(maximum, value);
+            }
+            if (!keepAll && wanted.count(sample.id) == 0) {
+                return;
+            }
+            if (kept.count(sample.id) > 0) {
+                // Ids must be unique where every sample is looked up by id;
+                // elsewhere the first one counts. (Checking every file would
+                // cost memory that grows with the file.)
+                if (keepAll && idField >= 0) {
+                    throw Cgats::Error(name, row.line, "SAMPLE_ID " + sample.id + " appears twice");
+                }
+                return;
+            }
             kept[sample.id] = sample;
             std::vector<std::string>& texts = keptTexts[sample.id];
             for (int point = 0; point < kGridPoints; ++point) {
                 texts.emplace_back(row.values[gridField[point]]);
             }
-        }
-        Progress(progress, "checking", name, count);
-    }
-    EndProgress(progress);
+        });
     if (count == 0) {
-        throw Cgats::Error(name, reader.FormatLine(), "the file holds no samples");
+        throw Cgats::Error(name, formatLine, "the file holds no samples");
     }
     for (const std::string& id : wanted) {
         if (kept.count(id) == 0) {
@@ -166,10 +182,10 @@ bool SpectralFile::Scaled(std::string_view text, float& value) const
 {
     if (divisor == 1.0) {
         // Straight into a float: one rounding of the written decimal.
-        return Cgats::ParseNumber(text, value) && std::isfinite(value);
+        return Cgats::ParseNumber(text, value);
     }
     double number;
-    if (!Cgats::ParseNumber(text, number) || !std::isfinite(number)) {
+    if (!Cgats::ParseNumber(text, number)) {
         return false;
     }
     value = static_cast<float>(number / divisor);
@@ -184,20 +200,11 @@ const Sample* SpectralFile::Find(const std::string& id) const
 
 void SpectralFile::ForEach(const std::function<void(const Sample&)>& function, bool progress)
 {
-    std::ifstream stream;
-    Open(stream);
-    Cgats::Reader reader(stream, name);
-    Layout(reader);
-    Cgats::Row row;
     Sample sample;
-    std::size_t index = 0;
-    while (reader.Next(row)) {
-        ++index;
+    Pass("computing", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index) {
         Read(reader, row, index, sample, true);
         function(sample);
-        Progress(progress, "computing", name, index);
-    }
-    EndProgress(progress);
+    });
 }
 
 } // namespace Qvi

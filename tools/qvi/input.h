@@ -65,6 +65,10 @@ public:
 
 private:
     void Open(std::ifstream& stream) const;
+    // Reads the file once, calling `visit` for each row with its 1-based
+    // index; returns the line of the data format's end.
+    std::size_t Pass(const char* what, bool progress,
+                     const std::function<void(const Cgats::Reader&, const Cgats::Row&, std::size_t)>& visit);
     // A written value on the file's scale; false for anything but a finite
     // number.
     bool Scaled(std::string_view text, float& value) const;
