@@ -1,6 +1,6 @@
 #include "tools/qvi/input.h"
 
-#include <cmath>
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <stdexcept>
