@@ -4,12 +4,8 @@
 
 namespace CMetry {
 
-QVDensity::QVDensity() : densities(4), valid(false), densityStandard(DensityStdUndefined)
-{
-    for (unsigned long i = 0; i < 4; ++i) {
-        densities[i] = 0.0f;
-    }
-}
+// The vector's elements start at 0.0.
+QVDensity::QVDensity() : densities(4), valid(false), densityStandard(DensityStdUndefined) {}
 
 QVDensity::QVDensity(float black, float cyan, float magenta, float yellow, const QVMeasureConditions& measureConditions,
                      QVDensityStdTYPE standard, const UserFilterPointer& filter)

@@ -17,6 +17,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <pty.h>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -758,6 +759,63 @@ protected:
 
     std::string dir;
 };
+
+// Runs qvi with standard error on a pseudo terminal (standard output to a
+// file, standard input empty); `err` is what the terminal received.
+Outcome QviOnTerminal(const Strings& arguments, const std::string& directory)
+{
+    Outcome outcome;
+    int master = -1;
+    int slave = -1;
+    std::string outPath;
+    const int out = TemporaryFile(outPath);
+    const int in = open("/dev/null", O_RDONLY);
+    if (openpty(&master, &slave, nullptr, nullptr, nullptr) != 0 || out < 0 || in < 0) {
+        ADD_FAILURE() << "cannot prepare the terminal of a qvi run";
+        return outcome;
+    }
+    Strings words = {kQvi};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        close(master);
+        if (chdir(directory.c_str()) != 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
+            dup2(slave, STDERR_FILENO) < 0) {
+            _exit(126);
+        }
+        execv(kQvi.c_str(), argv.data());
+        _exit(127);
+    }
+    close(slave);
+    // Read while the child runs, so that it never waits on a full terminal;
+    // the read fails (EIO) once the child has closed its side.
+    char buffer[4096];
+    while (true) {
+        const ssize_t got = read(master, buffer, sizeof buffer);
+        if (got > 0) {
+            outcome.err.append(buffer, static_cast<std::size_t>(got));
+        } else if (got < 0 && errno == EINTR) {
+            continue;
+        } else {
+            break;
+        }
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    close(master);
+    close(in);
+    close(out);
+    outcome.out = ReadFile(outPath);
+    std::remove(outPath.c_str());
+    return outcome;
+}
 
 // A sample's full path.
 std::string SamplePath(const std::string& file)
@@ -2232,3 +2290,54 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<Pinned>& info) { return std::string(info.param.name); });
 
 } // namespace
+
+// ===================================================================== progress
+
+using QviProgress = QviTest;
+
+// A file of more than 8 MB: 30,000 samples of 36 values.
+std::string LargeFile()
+{
+    std::string text = "CGATS.17\nNUMBER_OF_FIELDS\t38\nBEGIN_DATA_FORMAT\nSAMPLE_ID\tSAMPLE_NAME";
+    for (int wavelength = 380; wavelength <= 730; wavelength += 10) {
+        text += "\tSPECTRAL_NM" + std::to_string(wavelength);
+    }
+    text += "\nEND_DATA_FORMAT\nNUMBER_OF_SETS\t30000\nBEGIN_DATA\n";
+    for (int sample = 1; sample <= 30000; ++sample) {
+        text += std::to_string(sample) + "\t\"sample number " + std::to_string(sample) + "\"";
+        for (int point = 0; point < 36; ++point) {
+            text += "\t0.2" + std::to_string(100000 + (sample * 37 + point * 11) % 900000);
+        }
+        text += "\n";
+    }
+    return text + "END_DATA\n";
+}
+
+TEST_F(QviProgress, LargeInputShowsProgressOnATerminal)
+{
+    const std::string file = Put("large.cgats", LargeFile());
+    ASSERT_GT(fs::file_size(file), 8u * 1024 * 1024);
+    const Outcome outcome = QviOnTerminal({"color", file, "--format", "csv"}, dir);
+    EXPECT_EQ(0, outcome.status) << outcome;
+    // Every 10,000 samples, in both passes, then the line is cleared.
+    EXPECT_NE(std::string::npos, outcome.err.find("qvi: checking " + file + ": 30000 samples")) << outcome;
+    EXPECT_NE(std::string::npos, outcome.err.find("qvi: computing " + file + ": 10000 samples")) << outcome;
+    EXPECT_NE(std::string::npos, outcome.err.find("\033[K")) << outcome;
+    // The results are not touched by it.
+    EXPECT_EQ(30001u, Lines(outcome.out).size());
+}
+
+TEST_F(QviProgress, NoProgressWhenStandardErrorIsAFile)
+{
+    const std::string file = Put("large.cgats", LargeFile());
+    const Outcome outcome = Qvi({"color", file, "--format", "csv"}, dir);
+    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ(30001u, Lines(outcome.out).size());
+}
+
+TEST_F(QviProgress, NoProgressForSmallInputOnATerminal)
+{
+    const Outcome outcome = QviOnTerminal({"color", SamplePath(kChart)}, dir);
+    EXPECT_EQ(0, outcome.status) << outcome;
+    EXPECT_EQ("", outcome.err);
+}

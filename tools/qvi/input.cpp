@@ -10,7 +10,7 @@ namespace Qvi {
 
 namespace {
 
-constexpr std::size_t kProgressStep = 50000;
+constexpr std::size_t kProgressStep = 10000;
 
 void Progress(bool enabled, const std::string& what, const std::string& file, std::size_t rows)
 {
