@@ -1,5 +1,6 @@
 #include "qvimanager/density/density_calculator.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -41,8 +42,24 @@ void CheckPointer(const void* pointer)
     }
 }
 
-// The two colour densities of the sorted triple that GetGreyness and
-// GetHueError need, after the vector step chosen by withSlope.
+using CalibrationStore = float[DensityCalculator::PhysicalFilterCount][DensityCalculator::DensityStandardCount][4];
+
+// The four values of one calibration cell, after the range check.
+float* Cell(CalibrationStore& store, QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard)
+{
+    CheckCell(physicalFilter, densityStandard);
+    return store[physicalFilter][densityStandard];
+}
+
+// Copies the four values of a cell; a null target raises.
+void CopyFour(const float* from, float* to)
+{
+    CheckPointer(to);
+    std::copy_n(from, 4, to);
+}
+
+// The colour densities, sorted, that GetGreyness and GetHueError read,
+// after the vector step that withSlope chooses.
 bool SortedColours(const QVSpectrum& spectrum, QVDensityStdTYPE densityStandard, QVWhiteBaseTYPE whiteBase,
                    bool withSlope, float (&sorted)[3])
 {
@@ -528,55 +545,41 @@ void DensityCalculator::ResetDensityCalibration(QVPhysicalFilterTYPE physicalFil
 
 const float* DensityCalculator::GetDensitySlope(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard)
 {
-    CheckCell(physicalFilter, densityStandard);
-    return asDensitySlopeArray[physicalFilter][densityStandard];
+    return Cell(asDensitySlopeArray, physicalFilter, densityStandard);
 }
 
 const float* DensityCalculator::GetDensityOffset(QVPhysicalFilterTYPE physicalFilter,
                                                  QVDensityStdTYPE densityStandard)
 {
-    CheckCell(physicalFilter, densityStandard);
-    return asDensityOffsetArray[physicalFilter][densityStandard];
+    return Cell(asDensityOffsetArray, physicalFilter, densityStandard);
 }
 
 void DensityCalculator::GetDensitySlope(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard,
                                         float* out)
 {
-    const float* stored = GetDensitySlope(physicalFilter, densityStandard);
-    CheckPointer(out);
-    for (int filter = 0; filter < 4; ++filter) {
-        out[filter] = stored[filter];
-    }
+    CopyFour(Cell(asDensitySlopeArray, physicalFilter, densityStandard), out);
 }
 
 void DensityCalculator::GetDensityOffset(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard,
                                          float* out)
 {
-    const float* stored = GetDensityOffset(physicalFilter, densityStandard);
-    CheckPointer(out);
-    for (int filter = 0; filter < 4; ++filter) {
-        out[filter] = stored[filter];
-    }
+    CopyFour(Cell(asDensityOffsetArray, physicalFilter, densityStandard), out);
 }
 
 void DensityCalculator::SetDensitySlope(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard,
                                         float* in)
 {
-    CheckCell(physicalFilter, densityStandard);
+    float* cell = Cell(asDensitySlopeArray, physicalFilter, densityStandard);
     CheckPointer(in);
-    for (int filter = 0; filter < 4; ++filter) {
-        asDensitySlopeArray[physicalFilter][densityStandard][filter] = in[filter];
-    }
+    CopyFour(in, cell);
 }
 
 void DensityCalculator::SetDensityOffset(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard,
                                          float* in)
 {
-    CheckCell(physicalFilter, densityStandard);
+    float* cell = Cell(asDensityOffsetArray, physicalFilter, densityStandard);
     CheckPointer(in);
-    for (int filter = 0; filter < 4; ++filter) {
-        asDensityOffsetArray[physicalFilter][densityStandard][filter] = in[filter];
-    }
+    CopyFour(in, cell);
 }
 
 DensityFilter& DensityCalculator::GetActDensityStdFilter()
