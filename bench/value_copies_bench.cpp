@@ -5,6 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
+#include <vector>
+
 using CMetry::QVColorVector;
 using CMetry::QVMeasureConditions;
 using CMetry::QVSpectrum;
@@ -82,5 +85,55 @@ void ColorVectorCopy(benchmark::State& state)
     }
 }
 BENCHMARK(ColorVectorCopy);
+
+} // namespace
+
+namespace {
+
+// The container behind every condition set: keys are texts.
+Utilities::String Key(int i)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "Colorimetric.Key%d", i);
+    return Utilities::String(text);
+}
+
+void MapInsert(benchmark::State& state)
+{
+    const int count = static_cast<int>(state.range(0));
+    std::vector<Utilities::String> keys;
+    for (int i = 0; i < count; ++i) {
+        keys.push_back(Key(i));
+    }
+    const Utilities::String value("TwoDegree");
+    for (auto _ : state) {
+        Utilities::Map<Utilities::String, Utilities::String> map;
+        for (const Utilities::String& key : keys) {
+            map[key] = value;
+        }
+        benchmark::DoNotOptimize(map.GetCount());
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+BENCHMARK(MapInsert)->Arg(16)->Arg(1024);
+
+void MapLookup(benchmark::State& state)
+{
+    const int count = static_cast<int>(state.range(0));
+    Utilities::Map<Utilities::String, Utilities::String> map;
+    std::vector<Utilities::String> keys;
+    for (int i = 0; i < count; ++i) {
+        keys.push_back(Key(i));
+        map[keys.back()] = Utilities::String("TwoDegree");
+    }
+    const auto& readOnly = map;
+    for (auto _ : state) {
+        for (const Utilities::String& key : keys) {
+            benchmark::DoNotOptimize(readOnly[key]);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+BENCHMARK(MapLookup)->Arg(16)->Arg(1024);
 
 } // namespace
