@@ -7,6 +7,7 @@
 #include "qvimanager/foundation/containers.h"
 
 #include <cmath>
+#include <optional>
 
 using Utilities::SmartPointer;
 using Utilities::String;
@@ -131,22 +132,24 @@ Diagnostics::String CMetryCalculator::GetValueString() const
 bool CMetryCalculator::GetVector_CIEXYZ(const QVSpectrum& spectrum, const QVMeasureConditions& conditions,
                                         QVColorVector& out)
 {
-    // The spectrum and the conditions are copied only where they change.
+    // The spectrum and the conditions are copied only where they change, and
+    // only then constructed: the common call (reflectance, absolute or
+    // automatic white base) builds no temporary value at all.
     const QVSpectrum* source = &spectrum;
-    QVSpectrum based;
+    std::optional<QVSpectrum> based;
     const QVMeasureConditions* evaluation = &conditions;
-    QVMeasureConditions emissive;
-    if (spectrum.conditions.GetIllumination() == QVIllumination(IlluminationEmission)) {
+    std::optional<QVMeasureConditions> emissive;
+    if (spectrum.conditions.illumination == QVIllumination(IlluminationEmission)) {
         // A self-luminous sample: no illuminant, never based on paper.
-        emissive = conditions;
-        emissive.SetIllumination(QVIllumination(IlluminationEmission));
-        evaluation = &emissive;
+        emissive.emplace(conditions);
+        emissive->SetIllumination(QVIllumination(IlluminationEmission));
+        evaluation = &*emissive;
     } else if (conditions.GetWhiteBase() == WhiteBasePaper) {
-        based = spectrum;
-        if (!GetSpecBasedToPapWhite(based)) {
+        based.emplace(spectrum);
+        if (!GetSpecBasedToPapWhite(*based)) {
             return false;
         }
-        source = &based;
+        source = &*based;
     }
     asXYZFilter.SetMeasuringConditions(*evaluation);
     // Read before the output changes: the spectrum may live in the output's

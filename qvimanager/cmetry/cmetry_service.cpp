@@ -5,6 +5,8 @@
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/platform/language_service_interface.h"
 
+#include <cstring>
+
 using Utilities::String;
 
 namespace CMetry {
@@ -24,6 +26,13 @@ const String kDeltaEFormulaKey("ColorSpaceDescription.DeltaEFormula");
     Raise(String("CMetryCalculator"));
 }
 
+// The same answer as `value == String(text)` (both compare with strcmp),
+// without building a String per comparison on the per-sample path.
+bool Is(const String& value, const char* text)
+{
+    return std::strcmp(value.GetCharPointer(), text) == 0;
+}
+
 float DefaultIfZero(float parameter)
 {
     return parameter == 0.0f ? 1.0f : parameter;
@@ -35,39 +44,41 @@ Lab2Spec CMetryService::asLab2Spec;
 
 QVColorVector CMetryService::GetVector(const QVSpectrum& spectrum, const QVMeasureConditions& conditions)
 {
-    const String space = conditions.GetMeasureCondition(kColorSpaceKey);
+    // The colour space as GetMeasureCondition(kColorSpaceKey) gives it, read
+    // in place.
+    const String& space = conditions.colorSpace;
     QVColorVector out;
     bool ok = false;
-    if (space == String("CIELab")) {
+    if (Is(space, "CIELab")) {
         ok = CMetryCalculator::GetVector_CIELab(spectrum, conditions, out);
-    } else if (space == String("CIELCh")) {
+    } else if (Is(space, "CIELCh")) {
         ok = CMetryCalculator::GetVector_CIELCh_ab(spectrum, conditions, out);
-    } else if (space == String("CIEXYZ")) {
+    } else if (Is(space, "CIEXYZ")) {
         ok = CMetryCalculator::GetVector_CIEXYZ(spectrum, conditions, out);
-    } else if (space == String("CIExyY")) {
+    } else if (Is(space, "CIExyY")) {
         ok = CMetryCalculator::GetVector_CIExyY(spectrum, conditions, out);
-    } else if (space == String("CIELChuv")) {
+    } else if (Is(space, "CIELChuv")) {
         ok = CMetryCalculator::GetVector_CIELCh_uv(spectrum, conditions, out);
-    } else if (space == String("LABvq")) {
+    } else if (Is(space, "LABvq")) {
         ok = CMetryCalculator::GetVector_LABvq(spectrum, conditions, out);
-    } else if (space == String("LCHvq")) {
+    } else if (Is(space, "LCHvq")) {
         ok = CMetryCalculator::GetVector_LCHvq(spectrum, conditions, out);
-    } else if (space == String("CIELuv")) {
+    } else if (Is(space, "CIELuv")) {
         ok = CMetryCalculator::GetVector_CIELuv(spectrum, conditions, out);
-    } else if (space == String("CIEuvY1976") || space == String("CIEuvY1960")) {
+    } else if (Is(space, "CIEuvY1976") || Is(space, "CIEuvY1960")) {
         QVMeasureConditions xyzConditions(conditions);
         xyzConditions.SetMeasureCondition(kColorSpaceKey, String("CIEXYZ"));
         QVColorVector xyz;
         ok = CMetryCalculator::GetVector_CIEXYZ(spectrum, xyzConditions, xyz);
         if (ok) {
-            ok = space == String("CIEuvY1976") ? CMetryCalculator::GetVector_CIEuvY1976(xyz, out)
+            ok = Is(space, "CIEuvY1976") ? CMetryCalculator::GetVector_CIEuvY1976(xyz, out)
                                                : CMetryCalculator::GetVector_CIEuvY1960(xyz, out);
         }
-    } else if (space == String("HunterLab")) {
+    } else if (Is(space, "HunterLab")) {
         ok = CMetryCalculator::GetVector_HunterLab(spectrum, conditions, out);
-    } else if (space == String("RxRyRz")) {
+    } else if (Is(space, "RxRyRz")) {
         ok = CMetryCalculator::GetVector_RxRyRz(spectrum, conditions, out);
-    } else if (space == String("RGB")) {
+    } else if (Is(space, "RGB")) {
         QVColorVector lab;
         ok = CMetryCalculator::GetVector_CIELab(spectrum, conditions, lab);
         if (ok) {
@@ -128,19 +139,19 @@ QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String
 float CMetryService::GetDeltaE(const QVSpectrum& first, const QVSpectrum& second,
                                const QVMeasureConditions& conditions, float p1, float p2, float p3)
 {
-    const String formula = conditions.GetMeasureCondition(kDeltaEFormulaKey);
+    const String& formula = conditions.deltaEFormula;
     float result = CMetryCalculator::FailedDifference;
-    if (formula == String("CIELab")) {
+    if (Is(formula, "CIELab")) {
         result = CMetryCalculator::GetDeltaE_CIELAB(first, second, conditions);
-    } else if (formula == String("LABvq")) {
+    } else if (Is(formula, "LABvq")) {
         result = CMetryCalculator::GetDeltaE_vq(first, second, conditions);
-    } else if (formula == String("CIELuv")) {
+    } else if (Is(formula, "CIELuv")) {
         result = CMetryCalculator::GetDeltaE_CIELUV(first, second, conditions);
-    } else if (formula == String("FMCII")) {
+    } else if (Is(formula, "FMCII")) {
         result = CMetryCalculator::GetDeltaE_FMCII(first, second, conditions);
-    } else if (formula == String("CMC")) {
+    } else if (Is(formula, "CMC")) {
         result = CMetryCalculator::GetDeltaE_CMC(first, second, conditions, DefaultIfZero(p1), DefaultIfZero(p2));
-    } else if (formula == String("94")) {
+    } else if (Is(formula, "94")) {
         result = CMetryCalculator::GetDeltaE_94(first, second, conditions, DefaultIfZero(p1), DefaultIfZero(p2),
                                                 DefaultIfZero(p3));
     } else {
