@@ -381,13 +381,59 @@ void CMetryFilter::SetMeasuringConditions(const QVMeasureConditions& newConditio
                                             newConditions.observer == cached.observer &&
                                             newConditions.userdefinedIllumination == cached.userdefinedIllumination;
         if (!sameSpectralConditions) {
-            weightfactors = SmartPointer<Weightfactors>(new Weightfactors(newConditions));
+            // Taking back kept factors instead of building them is safe: they
+            // were built from the same illumination and observer, and no one
+            // writes to factors once built. User spectra are never kept (the
+            // identity of a spectrum says nothing about its values).
+            SmartPointer<Weightfactors> next;
+            if (!newConditions.userdefinedIllumination.IsValid()) {
+                next = TakeRecent(newConditions.illumination, newConditions.observer);
+            }
+            if (!next.IsValid()) {
+                // May raise: then the cache stays as it was.
+                next = SmartPointer<Weightfactors>(new Weightfactors(newConditions));
+            }
+            if (!cached.userdefinedIllumination.IsValid()) {
+                KeepRecent(cached.illumination, cached.observer, weightfactors);
+            }
+            weightfactors = next;
         }
         *conditions = newConditions;
         return;
     }
     weightfactors = SmartPointer<Weightfactors>(new Weightfactors(newConditions));
     conditions = SmartPointer<QVMeasureConditions>(new QVMeasureConditions(newConditions));
+}
+
+SmartPointer<Weightfactors> CMetryFilter::TakeRecent(const QVIllumination& wanted, QVObserverTYPE wantedObserver)
+{
+    for (RecentFactors& slot : recent) {
+        if (slot.factors.IsValid() && slot.observer == wantedObserver && slot.illumination == wanted) {
+            SmartPointer<Weightfactors> found = slot.factors;
+            slot.factors = SmartPointer<Weightfactors>();
+            return found;
+        }
+    }
+    return SmartPointer<Weightfactors>();
+}
+
+void CMetryFilter::KeepRecent(const QVIllumination& kept, QVObserverTYPE keptObserver,
+                              const SmartPointer<Weightfactors>& factors)
+{
+    // Shift down over the first empty slot (or the oldest one).
+    int last = NumberOfRecentFactors - 1;
+    for (int i = 0; i < NumberOfRecentFactors; ++i) {
+        if (!recent[i].factors.IsValid()) {
+            last = i;
+            break;
+        }
+    }
+    for (int i = last; i > 0; --i) {
+        recent[i] = recent[i - 1];
+    }
+    recent[0].illumination = kept;
+    recent[0].observer = keptObserver;
+    recent[0].factors = factors;
 }
 
 void CMetryFilter::SetMeasuringConditions(const QVIllumination&, QVObserverTYPE) {}

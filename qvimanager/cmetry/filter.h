@@ -158,8 +158,19 @@ private:
     CMetryFilter(const CMetryFilter&);
 
     // The cache: a new Weightfactors only when the illumination, the
-    // observer or the identity of the user spectrum changes.
+    // observer or the identity of the user spectrum changes. The factors of
+    // the last few table illuminations (not of a user spectrum) are kept
+    // besides and taken back instead of being built again: weight factors
+    // depend on the illumination and the observer alone, so a caller sees
+    // the same numbers either way, only sooner when switching between
+    // illuminants.
     void SetMeasuringConditions(const QVMeasureConditions& conditions);
+    // The kept factors of the illumination and observer, or an empty
+    // pointer; a hit leaves its slot empty.
+    Utilities::SmartPointer<Weightfactors> TakeRecent(const QVIllumination& illumination, QVObserverTYPE observer);
+    // Keeps factors that are being replaced, dropping the oldest.
+    void KeepRecent(const QVIllumination& illumination, QVObserverTYPE observer,
+                    const Utilities::SmartPointer<Weightfactors>& factors);
     // Does nothing.
     void SetMeasuringConditions(const QVIllumination& illumination, QVObserverTYPE observer);
     // From the cached conditions; before the first evaluation they raise
@@ -174,6 +185,15 @@ private:
     QVObserverTYPE observer;
     // What GetIllumination hands out by reference.
     QVIllumination cachedIllumination;
+
+    struct RecentFactors {
+        QVIllumination illumination;
+        QVObserverTYPE observer = ObserverUndefined;
+        Utilities::SmartPointer<Weightfactors> factors;
+    };
+    static constexpr int NumberOfRecentFactors = 4;
+    // Most recent first; empty slots have no factors.
+    RecentFactors recent[NumberOfRecentFactors];
 };
 
 } // namespace CMetry

@@ -1276,6 +1276,103 @@ TEST(CMetryFilter, TheSameSharedUserSpectrumKeepsTheFactors)
     EXPECT_EQ(CMetry::IlluminationUserdefined, TestAccess::GetIllumination(filter).GetIlluminationTYPE());
 }
 
+// The factors of the last four table illuminations are kept and taken back
+// (the mark survives), with the numbers a fresh build gives.
+TEST(CMetryFilter, SwitchingBackToAnIlluminantTakesBackItsFactors)
+{
+    CMetryFilter filter;
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D65"));
+    MarkCachedFactors(filter);
+
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D50"));
+    EXPECT_FALSE(CachedFactorsCarryMark(filter));
+    const CMetry::Weightfactors freshD50(With("Colorimetric.Illumination", "D50"));
+    for (unsigned short axis = 0; axis < 3; ++axis) {
+        EXPECT_EQ(freshD50.GetFilterSum(axis), filter.GetFilterSum(axis)) << axis;
+    }
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D65"));
+    EXPECT_TRUE(CachedFactorsCarryMark(filter));
+    EXPECT_EQ(CMetry::IlluminationD65, TestAccess::GetIllumination(filter).GetIlluminationTYPE());
+    const CMetry::Weightfactors freshD65((QVMeasureConditions()));
+    for (unsigned short axis = 0; axis < 3; ++axis) {
+        EXPECT_EQ(freshD65.GetFilterSum(axis), filter.GetFilterSum(axis)) << axis;
+        for (int point = 1; point < 36; ++point) {
+            EXPECT_EQ(freshD65[axis][point], TestAccess::CachedWeightfactors(filter)->operator[](axis)[point]);
+        }
+    }
+}
+
+TEST(CMetryFilter, FourOtherIlluminantsKeepTheFactorsAFifthDropsThem)
+{
+    const char* const others[] = {"A", "C", "D50", "F2", "F7"};
+    for (int count = 4; count <= 5; ++count) {
+        SCOPED_TRACE(count);
+        CMetryFilter filter;
+        TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D65"));
+        MarkCachedFactors(filter);
+        for (int i = 0; i < count; ++i) {
+            TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", others[i]));
+        }
+        TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D65"));
+        EXPECT_EQ(count == 4, CachedFactorsCarryMark(filter));
+    }
+}
+
+TEST(CMetryFilter, KeptFactorsBelongToTheirObserver)
+{
+    CMetryFilter filter;
+    TestAccess::SetMeasuringConditions(filter, QVMeasureConditions());
+    const float x = filter.GetFilterSum(0);
+    MarkCachedFactors(filter);
+
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Observer", "TenDegree"));
+    EXPECT_FALSE(CachedFactorsCarryMark(filter));
+    EXPECT_NE(x, filter.GetFilterSum(0));
+    TestAccess::SetMeasuringConditions(filter, QVMeasureConditions());
+    EXPECT_TRUE(CachedFactorsCarryMark(filter));
+    EXPECT_EQ(x, filter.GetFilterSum(0));
+    EXPECT_EQ(CMetry::ObserverTwoDegree, TestAccess::GetObserver(filter));
+}
+
+TEST(CMetryFilter, FactorsOfAUserSpectrumAreNotKept)
+{
+    // Its values may have changed in between: switching back builds anew.
+    const QVMeasureConditions user = WithUserSpectrum(UserSpectrum(10.0f));
+    CMetryFilter filter;
+    TestAccess::SetMeasuringConditions(filter, user);
+    MarkCachedFactors(filter);
+
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "D65"));
+    TestAccess::SetMeasuringConditions(filter, user);
+    EXPECT_FALSE(CachedFactorsCarryMark(filter));
+    EXPECT_EQ(CMetry::IlluminationUserdefined, TestAccess::GetIllumination(filter).GetIlluminationTYPE());
+}
+
+TEST(CMetryFilter, AnotherDaylightTemperatureIsNotTakenBackForTheFirst)
+{
+    CMetryFilter filter;
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "Dxx, Temperature:5000"));
+    MarkCachedFactors(filter);
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "Dxx, Temperature:6500"));
+    EXPECT_FALSE(CachedFactorsCarryMark(filter));
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "Dxx, Temperature:5000"));
+    EXPECT_TRUE(CachedFactorsCarryMark(filter));
+    EXPECT_EQ(5000, TestAccess::GetIllumination(filter).GetColorTemperature());
+}
+
+TEST(CMetryFilter, AFailedBuildKeepsTheKeptFactors)
+{
+    CMetryFilter filter;
+    TestAccess::SetMeasuringConditions(filter, QVMeasureConditions());
+    MarkCachedFactors(filter);
+    TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "A"));
+    EXPECT_THROW(TestAccess::SetMeasuringConditions(filter, With("Colorimetric.Illumination", "F13")),
+                 ExceptionCalculationProblem);
+    EXPECT_EQ(CMetry::IlluminationA, TestAccess::GetIllumination(filter).GetIlluminationTYPE());
+    TestAccess::SetMeasuringConditions(filter, QVMeasureConditions());
+    EXPECT_TRUE(CachedFactorsCarryMark(filter));
+}
+
 TEST(CMetryFilter, AFailedRebuildKeepsTheCache)
 {
     CMetryFilter filter;
