@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -216,6 +219,95 @@ TEST(CgatsParseNumber, Sign)
     float single = 0.0f;
     ASSERT_TRUE(Cgats::ParseNumber("+7", single));
     EXPECT_EQ(7.0f, single);
+}
+
+TEST(CgatsParseNumber, NegativeZeroKeepsItsSign)
+{
+    for (const char* text : {"-0", "-0.0", "-0,000"}) {
+        double value = 0.0;
+        float single = 0.0f;
+        ASSERT_TRUE(Cgats::ParseNumber(text, value)) << text;
+        ASSERT_TRUE(Cgats::ParseNumber(text, single)) << text;
+        EXPECT_TRUE(std::signbit(value)) << text;
+        EXPECT_TRUE(std::signbit(single)) << text;
+    }
+}
+
+namespace {
+
+// The value the standard library reads from the text (decimal comma as a
+// point, without a leading "+"), bit for bit.
+template <typename T>
+T Reference(std::string text)
+{
+    std::replace(text.begin(), text.end(), ',', '.');
+    if (!text.empty() && text[0] == '+') {
+        text.erase(0, 1);
+    }
+    T value{};
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    EXPECT_EQ(std::errc(), result.ec) << text;
+    EXPECT_EQ(text.data() + text.size(), result.ptr) << text;
+    return value;
+}
+
+template <typename T>
+void ExpectReadAsTheStandardLibraryReadsIt(const std::string& text)
+{
+    T value{};
+    ASSERT_TRUE(Cgats::ParseNumber(text, value)) << text;
+    const T expected = Reference<T>(text);
+    EXPECT_EQ(0, std::memcmp(&expected, &value, sizeof value)) << text << ": " << expected << " read as " << value;
+}
+
+} // namespace
+
+// Plain decimals take a short way (one division by an exact power of ten);
+// it must give the nearest float or double exactly as the full parse does,
+// also at the edges where the short way stops.
+TEST(CgatsParseNumber, PlainDecimalsAreReadToTheLastBit)
+{
+    const char* const edges[] = {"16777216",          "16777217",          "1.6777216",        "1677721.7",
+                                 "0.0000000001",      "0.00000000001",     "0.1234567891",     "9007199254740992",
+                                 "9007199254740993",  "0.9007199254740993", "1234567890123456789",
+                                 "12345678901234567890", "0.1",            "0.2",              "0.3",
+                                 "0.7",               "99.99999",          "0.05475",          "100.000",
+                                 "4294967297.5",      "-0.000001",         "+0,5",             "0,0000000000000000000001",
+                                 "000000000000000000000.5"};
+    for (const char* text : edges) {
+        ExpectReadAsTheStandardLibraryReadsIt<float>(text);
+        ExpectReadAsTheStandardLibraryReadsIt<double>(text);
+    }
+    // Random digit strings: 1 to 20 digits, the separator anywhere.
+    std::uint64_t state = 42;
+    const auto next = [&state] {
+        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+        return state >> 33;
+    };
+    for (int i = 0; i < 200000; ++i) {
+        const int length = 1 + static_cast<int>(next() % 20);
+        std::string text;
+        const std::uint64_t sign = next() % 4;
+        if (sign == 0) {
+            text += '-';
+        } else if (sign == 1) {
+            text += '+';
+        }
+        std::string digits;
+        for (int d = 0; d < length; ++d) {
+            digits += static_cast<char>('0' + next() % 10);
+        }
+        const int point = static_cast<int>(next() % static_cast<std::uint64_t>(length + 1));
+        if (point > 0 && point < length) {
+            digits.insert(static_cast<std::size_t>(point), 1, next() % 2 == 0 ? '.' : ',');
+        }
+        text += digits;
+        ExpectReadAsTheStandardLibraryReadsIt<float>(text);
+        ExpectReadAsTheStandardLibraryReadsIt<double>(text);
+        if (HasFailure()) {
+            return;
+        }
+    }
 }
 
 TEST(CgatsParseNumber, SignsAloneOrDoubledAreNoNumber)

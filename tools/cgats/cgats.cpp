@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <system_error>
 
@@ -37,9 +38,89 @@ bool IsStandardKeyword(const std::string& key)
                        [&](const char* standard) { return key == standard; });
 }
 
+// Powers of ten that are exact in a float (5^10 < 2^24) and in a double
+// (5^22 < 2^53).
+constexpr float kFloatPowers[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+constexpr double kDoublePowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// The digits of a plain decimal, [+-]digits[(.|,)digits], as an integer and
+// the number of digits behind the separator. False for any other form
+// (exponents, a lone sign or separator, more than 19 digits) and for a
+// leading "+-"; the full parse decides those.
+bool PlainDecimal(std::string_view text, std::uint64_t& digits, int& fraction, bool& negative)
+{
+    std::size_t i = 0;
+    const std::size_t n = text.size();
+    negative = false;
+    if (i < n && (text[i] == '+' || text[i] == '-')) {
+        negative = text[i] == '-';
+        ++i;
+    }
+    digits = 0;
+    int count = 0;
+    const std::size_t integerStart = i;
+    while (i < n && text[i] >= '0' && text[i] <= '9') {
+        digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
+        ++count;
+        ++i;
+    }
+    if (i == integerStart) {
+        return false;
+    }
+    fraction = 0;
+    if (i < n && (text[i] == '.' || text[i] == ',')) {
+        ++i;
+        const std::size_t fractionStart = i;
+        while (i < n && text[i] >= '0' && text[i] <= '9') {
+            digits = digits * 10 + static_cast<unsigned>(text[i] - '0');
+            ++count;
+            ++i;
+        }
+        fraction = static_cast<int>(i - fractionStart);
+        if (fraction == 0) {
+            return false;
+        }
+    }
+    return i == n && count <= 19;
+}
+
+// The correctly rounded value of a plain decimal whose digits and power of
+// ten are both exact in the type: one IEEE division rounds once, so the
+// result is the nearest value, as from_chars gives it (Clinger's fast
+// path). False where that does not hold; the full parse takes over.
+bool FastPath(std::string_view text, float& value)
+{
+    std::uint64_t digits;
+    int fraction;
+    bool negative;
+    if (!PlainDecimal(text, digits, fraction, negative) || digits > (std::uint64_t{1} << 24) || fraction > 10) {
+        return false;
+    }
+    const float magnitude = static_cast<float>(digits) / kFloatPowers[fraction];
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
+bool FastPath(std::string_view text, double& value)
+{
+    std::uint64_t digits;
+    int fraction;
+    bool negative;
+    if (!PlainDecimal(text, digits, fraction, negative) || digits > (std::uint64_t{1} << 53) || fraction > 22) {
+        return false;
+    }
+    const double magnitude = static_cast<double>(digits) / kDoublePowers[fraction];
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
 template <typename T>
 bool ParseAs(std::string_view text, T& value)
 {
+    if (FastPath(text, value)) {
+        return true;
+    }
     if (text.empty() || text.size() > 64) {
         return false;
     }

@@ -1,6 +1,7 @@
 #include "tools/qvi/output.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -71,9 +72,18 @@ std::string FormatNumber(double number, int decimals)
         // Written as a missing value: "" in CGATS, null in JSON.
         return std::string();
     }
+    // to_chars in fixed form with a precision writes what printf's "%.*f"
+    // writes (the exact binary value rounded to the decimals), only faster;
+    // printf stays for numbers too long for the buffer, as before.
     char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%.*f", decimals, number);
-    std::string text(buffer);
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer - 1, number, std::chars_format::fixed, decimals);
+    std::string text;
+    if (result.ec == std::errc()) {
+        text.assign(buffer, result.ptr);
+    } else {
+        std::snprintf(buffer, sizeof buffer, "%.*f", decimals, number);
+        text = buffer;
+    }
     if (text[0] == '-' && text.find_first_not_of("-0.") == std::string::npos) {
         text.erase(0, 1);
     }
