@@ -178,34 +178,32 @@ Error::Error(const std::string& fileName, std::size_t lineNumber, const std::str
 void Tokenize(std::string_view line, std::vector<std::string_view>& tokens)
 {
     tokens.clear();
-    std::size_t i = 0;
-    const std::size_t n = line.size();
-    while (i < n) {
-        while (i < n && IsBlank(line[i])) {
-            ++i;
+    const char* p = line.data();
+    const char* const end = p + line.size();
+    while (true) {
+        while (p != end && IsBlank(*p)) {
+            ++p;
         }
-        if (i >= n) {
+        if (p == end || *p == '#') {
             break;
         }
-        if (line[i] == '#') {
-            break;
-        }
-        if (line[i] == '"') {
-            const std::size_t close = line.find('"', i + 1);
-            if (close == std::string_view::npos) {
+        if (*p == '"') {
+            ++p;
+            const auto* close = static_cast<const char*>(std::memchr(p, '"', static_cast<std::size_t>(end - p)));
+            if (close == nullptr) {
                 // An unclosed quote runs to the end of the line.
-                tokens.push_back(line.substr(i + 1));
+                tokens.emplace_back(p, static_cast<std::size_t>(end - p));
                 break;
             }
-            tokens.push_back(line.substr(i + 1, close - i - 1));
-            i = close + 1;
+            tokens.emplace_back(p, static_cast<std::size_t>(close - p));
+            p = close + 1;
             continue;
         }
-        const std::size_t start = i;
-        while (i < n && !IsBlank(line[i])) {
-            ++i;
+        const char* const start = p;
+        while (p != end && !IsBlank(*p)) {
+            ++p;
         }
-        tokens.push_back(line.substr(start, i - start));
+        tokens.emplace_back(start, static_cast<std::size_t>(p - start));
     }
 }
 
