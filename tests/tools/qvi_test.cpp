@@ -1595,6 +1595,43 @@ TEST_F(QviScale, AutomaticScaleThreshold)
     EXPECT_NEAR(Lightness(0.005), above.At(1, "LAB_L"), 0.01);
 }
 
+// A file with nothing to look up ahead is read once, computing on 0..1 until
+// a value above 2 shows percent; then every sample is computed again. The
+// outcome is that of reading the whole file first.
+TEST_F(QviScale, PercentFoundLateRecomputesEverySample)
+{
+    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "1.5"}, {"3", "1"}, {"4", "50"}, {"5", "0.25"}}));
+    for (const char* format : {"cgats", "csv", "json", "table"}) {
+        SCOPED_TRACE(format);
+        const Outcome automatic = Qvi({"color", "late.cgats", "--format", format}, dir);
+        EXPECT_SUCCESS(automatic);
+        EXPECT_EQ(Qvi({"color", "late.cgats", "--format", format, "--scale", "100"}, dir).out, automatic.out);
+        EXPECT_NE(Qvi({"color", "late.cgats", "--format", format, "--scale", "1"}, dir).out, automatic.out);
+    }
+    const Table table = ParseCgats(Qvi({"color", "late.cgats", "--decimals", "6"}, dir).out);
+    ASSERT_EQ(5u, table.rows.size());
+    EXPECT_NEAR(Lightness(0.005), table.At(0, "LAB_L"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), table.At(3, "LAB_L"), 0.01);
+}
+
+// 2.00000001 is 2 as a float but above 2 as written: percent.
+TEST_F(QviScale, AValueJustAboveTwoIsPercentEvenWhereTheFloatIsTwo)
+{
+    Put("just.cgats", FlatFile({{"1", "0.5"}, {"2", "2.00000001"}}));
+    Put("two.cgats", FlatFile({{"1", "0.5"}, {"2", "2.0"}}));
+    EXPECT_EQ(Qvi({"color", "just.cgats", "--scale", "100"}, dir).out, Qvi({"color", "just.cgats"}, dir).out);
+    EXPECT_EQ(Qvi({"color", "two.cgats", "--scale", "1"}, dir).out, Qvi({"color", "two.cgats"}, dir).out);
+}
+
+TEST_F(QviScale, ColourTemperatureOfPercentFoundLate)
+{
+    // Reflectance-like emission rows: the scale only changes the level.
+    Put("late.cgats", FlatFile({{"1", "1"}, {"2", "90"}}));
+    const Outcome automatic = Qvi({"cct", "late.cgats"}, dir);
+    EXPECT_EQ(Qvi({"cct", "late.cgats", "--scale", "100"}, dir).out, automatic.out);
+    EXPECT_EQ(Qvi({"cct", "late.cgats", "--scale", "100"}, dir).status, automatic.status);
+}
+
 // Relative spectral power around 100 is no percent reflectance: emission
 // data keeps its own scale unless --scale says otherwise.
 TEST_F(QviScale, EmissionKeepsItsScale)
@@ -1621,6 +1658,26 @@ TEST_F(QviLibraryFailure, ColourSpaceWithoutVector)
     const Outcome outcome = Qvi({"color", kChart, "--space", "CMYK"});
     EXPECT_FAILURE(outcome, 1);
     EXPECT_EQ("qvi: GetVector not supported for ColorSpace CMYK\n", outcome.err);
+}
+
+// Within one reading a refusal of the library waits until the file is
+// checked to its end: a broken row anywhere is what is reported.
+TEST_F(QviLibraryFailure, ABrokenRowIsReportedBeforeARefusal)
+{
+    const std::string clean = Rewrite(Sample(kChips), Layout{});
+    const std::size_t line = LineNumber(clean, "END_DATA") - 1;
+    Put(kChips, ReplaceLine(clean, line, "1269\t\"broken\"\t0.5"));
+    const std::string broken = "qvi: " + kChips + ":" + std::to_string(line) + ": the row has 3 values for 38 fields\n";
+    for (const Strings& arguments :
+         {Strings{"color", kChips, "--space", "CMYK"}, Strings{"color", kChips, "--illuminant", "D99x"},
+          Strings{"cct", kChips}, Strings{"delta-e", kChips, kChips, "--reference", "no such id"}}) {
+        SCOPED_TRACE(arguments[0] + " " + arguments.back());
+        const Outcome outcome = Qvi(arguments, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_EQ(broken, outcome.err);
+    }
+    Put(kChips, clean);
+    EXPECT_FAILURE(Qvi({"color", kChips, "--space", "CMYK"}, dir), 1);
 }
 
 TEST_F(QviLibraryFailure, DensityWithoutPaperWhite)
@@ -2340,11 +2397,21 @@ TEST_F(QviProgress, LargeInputShowsProgressOnATerminal)
     ASSERT_GT(fs::file_size(file), 8u * 1024 * 1024);
     const Outcome outcome = QviOnTerminal({"color", file, "--format", "csv"}, dir);
     EXPECT_EQ(0, outcome.status) << outcome;
-    // Every 10,000 samples, in both passes, then the line is cleared.
-    EXPECT_NE(std::string::npos, outcome.err.find("qvi: checking " + file + ": 30000 samples")) << outcome;
-    EXPECT_NE(std::string::npos, outcome.err.find("qvi: computing " + file + ": 10000 samples")) << outcome;
+    // Every 10,000 samples of the one reading, then the line is cleared.
+    EXPECT_NE(std::string::npos, outcome.err.find("qvi: computing " + file + ": 30000 samples")) << outcome;
+    EXPECT_EQ(std::string::npos, outcome.err.find("qvi: checking")) << outcome;
     EXPECT_NE(std::string::npos, outcome.err.find("\033[K")) << outcome;
     // The results are not touched by it.
+    EXPECT_EQ(30001u, Lines(outcome.out).size());
+}
+
+TEST_F(QviProgress, BothPassesShowProgressWhenAPaperWhiteIsNamed)
+{
+    const std::string file = Put("large.cgats", LargeFile());
+    const Outcome outcome = QviOnTerminal({"color", file, "--format", "csv", "--paper-white", "29999"}, dir);
+    EXPECT_EQ(0, outcome.status) << outcome;
+    EXPECT_NE(std::string::npos, outcome.err.find("qvi: checking " + file + ": 30000 samples")) << outcome;
+    EXPECT_NE(std::string::npos, outcome.err.find("qvi: computing " + file + ": 30000 samples")) << outcome;
     EXPECT_EQ(30001u, Lines(outcome.out).size());
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <unistd.h>
@@ -190,6 +191,89 @@ bool SpectralFile::Scaled(std::string_view text, float& value) const
     }
     value = static_cast<float>(number / divisor);
     return true;
+}
+
+void SpectralFile::Stream(Scale scale, const std::function<void()>& prepare,
+                          const std::function<void(const Sample&)>& function, const std::function<void()>& restart,
+                          bool progress)
+{
+    // Thrown out of a pass when the scale turns out to be percent.
+    struct Settled {};
+    bool prepared = false;
+    std::exception_ptr preparation;
+    bool scaleKnown = !scale.automatic;
+    divisor = scale.automatic ? 1.0 : scale.divisor;
+    kept.clear();
+    while (true) {
+        std::exception_ptr failure = preparation;
+        Sample sample;
+        count = 0;
+        std::size_t formatLine = 0;
+        try {
+            formatLine = Pass("computing", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row,
+                                                         std::size_t index) {
+                count = index;
+                if (!prepared) {
+                    // After the header: Layout has run.
+                    prepared = true;
+                    if (emission) {
+                        // Emission data keeps its own scale.
+                        scaleKnown = true;
+                    }
+                    try {
+                        prepare();
+                    } catch (...) {
+                        preparation = std::current_exception();
+                        failure = preparation;
+                    }
+                }
+                Read(reader, row, index, sample, true);
+                if (!scaleKnown && AbovePercentLimit(row, sample)) {
+                    scaleKnown = true;
+                    divisor = 100.0;
+                    throw Settled{};
+                }
+                if (failure == nullptr) {
+                    try {
+                        function(sample);
+                    } catch (...) {
+                        failure = std::current_exception();
+                    }
+                }
+            });
+        } catch (const Settled&) {
+            EndProgress(progress);
+            restart();
+            continue;
+        }
+        if (count == 0) {
+            throw Cgats::Error(name, formatLine, "the file holds no samples");
+        }
+        if (failure != nullptr) {
+            std::rethrow_exception(failure);
+        }
+        return;
+    }
+}
+
+bool SpectralFile::AbovePercentLimit(const Cgats::Row& row, const Sample& sample) const
+{
+    for (int point = 0; point < kGridPoints; ++point) {
+        // Rounding to float keeps the order, so a float below 2 was written
+        // below 2 and one above 2 above it; only a float of exactly 2 needs
+        // the written value, read as a double as the survey reads it.
+        const float value = sample.values[point];
+        if (value > 2.0f) {
+            return true;
+        }
+        if (value == 2.0f) {
+            double exact = 0.0;
+            if (Cgats::ParseNumber(row.values[gridField[point]], exact) && exact > 2.0) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 const Sample* SpectralFile::Find(const std::string& id) const

@@ -51,6 +51,17 @@ public:
     void Survey(const std::set<std::string>& wanted, Scale scale, bool progress);
     // The second pass: each sample in file order.
     void ForEach(const std::function<void(const Sample&)>& function, bool progress);
+    // Survey with nothing wanted, `prepare`, then ForEach, in one reading of
+    // the file where that gives the same outcome. `prepare` runs once the
+    // header is read. A failure of `prepare` or of `function` is held back
+    // until the whole file is checked, so that a broken row anywhere is
+    // reported first, as after a survey. With the scale automatic the samples
+    // are computed on 0..1 until a value above 2 settles it to percent; then
+    // `restart` is called (it must forget every result so far) and the
+    // computing begins again from the first sample. Files that start with
+    // percent values settle at once.
+    void Stream(Scale scale, const std::function<void()>& prepare, const std::function<void(const Sample&)>& function,
+                const std::function<void()>& restart, bool progress);
 
     const std::string& Name() const { return name; }
     std::size_t Count() const { return count; }
@@ -73,6 +84,8 @@ private:
     // number.
     bool Scaled(std::string_view text, float& value) const;
     void Layout(const Cgats::Reader& reader);
+    // Whether the sample (read on the scale 0..1) holds a value above 2.
+    bool AbovePercentLimit(const Cgats::Row& row, const Sample& sample) const;
     // Reads the sample; with `scaled` also its values on the chosen scale.
     void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
               bool scaled) const;

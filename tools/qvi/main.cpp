@@ -471,43 +471,48 @@ std::unique_ptr<ResultSet> Color(const Options& options)
     NeedArguments(options, 1);
     SpectralFile file(options.arguments[0]);
     const bool progress = ProgressWanted(options.arguments[0]);
-    std::set<std::string> wanted;
-    if (!options.paperWhite.empty()) {
-        wanted.insert(options.paperWhite);
-    }
-    file.Survey(wanted, options.scale, progress);
-    // Absolute unless a paper white is named; --white-base overrides both.
-    std::vector<std::pair<std::string, std::string>> defaults = {
-        {"Colorimetric.WhiteBase", options.paperWhite.empty() ? "Absolute" : "Paper"}};
-    if (file.Emission()) {
-        defaults.emplace_back("Colorimetric.Illumination", "Emission");
-    }
-    const CMetry::QVMeasureConditions conditions = MakeConditions(options, defaults);
-    if (!options.paperWhite.empty()) {
-        CMetry::DensityService::SetPaperWhite(SpectrumOf(*file.Find(options.paperWhite), conditions));
-    }
-    std::vector<Column> columns = IdentityColumns(file.HasNames());
-    for (const std::string& field : SpaceFields(conditions)) {
-        columns.push_back({field, false});
-    }
-    auto result = std::make_unique<ResultSet>(columns);
-    result->keywords = {{"ORIGINATOR", "qvi"}, {"DESCRIPTOR", "colour values of " + Scrub(file.Name())}};
-    for (const auto& entry : ConditionKeywords(conditions, {"ColorSpaceDescription.Type", "Colorimetric.Illumination",
-                                                            "Colorimetric.Observer", "Colorimetric.WhiteBase"})) {
-        result->keywords.push_back(entry);
-    }
+    CMetry::QVMeasureConditions conditions;
+    std::unique_ptr<ResultSet> result;
+    const auto prepare = [&] {
+        // Absolute unless a paper white is named; --white-base overrides both.
+        std::vector<std::pair<std::string, std::string>> defaults = {
+            {"Colorimetric.WhiteBase", options.paperWhite.empty() ? "Absolute" : "Paper"}};
+        if (file.Emission()) {
+            defaults.emplace_back("Colorimetric.Illumination", "Emission");
+        }
+        conditions = MakeConditions(options, defaults);
+        if (!options.paperWhite.empty()) {
+            CMetry::DensityService::SetPaperWhite(SpectrumOf(*file.Find(options.paperWhite), conditions));
+        }
+        std::vector<Column> columns = IdentityColumns(file.HasNames());
+        for (const std::string& field : SpaceFields(conditions)) {
+            columns.push_back({field, false});
+        }
+        result = std::make_unique<ResultSet>(columns);
+        result->keywords = {{"ORIGINATOR", "qvi"}, {"DESCRIPTOR", "colour values of " + Scrub(file.Name())}};
+        for (const auto& entry :
+             ConditionKeywords(conditions, {"ColorSpaceDescription.Type", "Colorimetric.Illumination",
+                                            "Colorimetric.Observer", "Colorimetric.WhiteBase"})) {
+            result->keywords.push_back(entry);
+        }
+    };
     std::vector<std::string> row;
-    const bool names = file.HasNames();
-    file.ForEach(
-        [&](const Sample& sample) {
-            const CMetry::QVColorVector vector = CMetry::CMetryService::GetVector(SpectrumOf(sample, conditions), conditions);
-            Identity(row, sample, names);
-            for (unsigned short axis = 0; axis < 3; ++axis) {
-                row.push_back(FormatNumber(vector[axis], options.decimals));
-            }
-            result->Add(row);
-        },
-        progress);
+    const auto compute = [&](const Sample& sample) {
+        const CMetry::QVColorVector vector = CMetry::CMetryService::GetVector(SpectrumOf(sample, conditions), conditions);
+        Identity(row, sample, file.HasNames());
+        for (unsigned short axis = 0; axis < 3; ++axis) {
+            row.push_back(FormatNumber(vector[axis], options.decimals));
+        }
+        result->Add(row);
+    };
+    if (options.paperWhite.empty()) {
+        file.Stream(options.scale, prepare, compute, [&] { result->Clear(); }, progress);
+    } else {
+        // The paper white may come after the samples it serves.
+        file.Survey({options.paperWhite}, options.scale, progress);
+        prepare();
+        file.ForEach(compute, progress);
+    }
     return result;
 }
 
@@ -557,43 +562,58 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
     const bool progress = ProgressWanted(options.arguments[1]);
     references.KeepAll();
     references.Survey({}, options.scale, false);
-    samples.Survey({}, options.scale, progress);
     const Sample* single = nullptr;
-    if (!options.reference.empty()) {
-        single = references.Find(options.reference);
-        if (single == nullptr) {
-            throw Cgats::Error(references.Name(), 0, "no sample with SAMPLE_ID " + options.reference);
-        }
-    } else if (references.Count() == 1) {
-        single = &references.Kept().begin()->second;
-    }
-    const CMetry::QVMeasureConditions conditions = MakeConditions(options, {{"Colorimetric.WhiteBase", "Absolute"}});
-    std::vector<Column> columns = IdentityColumns(samples.HasNames());
-    columns.push_back({"REFERENCE_ID", true});
-    columns.push_back({"DELTA_E", false});
-    columns.push_back({"EXCEEDS", false});
-    auto result = std::make_unique<ResultSet>(columns);
-    const std::string formula = Condition(conditions, "ColorSpaceDescription.DeltaEFormula");
-    result->keywords = {{"ORIGINATOR", "qvi"},
-                        {"DESCRIPTOR", "colour differences of " + Scrub(samples.Name()) + " against " +
-                                           Scrub(references.Name())}};
-    for (const auto& entry : ConditionKeywords(conditions, {"ColorSpaceDescription.DeltaEFormula",
-                                                            "Colorimetric.Illumination", "Colorimetric.Observer"})) {
-        result->keywords.push_back(entry);
-    }
+    CMetry::QVMeasureConditions conditions;
+    std::unique_ptr<ResultSet> result;
     Qvi::TempFile differences;
-    std::FILE* spool = std::fopen(differences.Path().c_str(), "wb");
-    if (spool == nullptr) {
-        throw std::runtime_error("cannot open a temporary file");
-    }
+    std::FILE* spool = nullptr;
+    const auto prepare = [&] {
+        if (!options.reference.empty()) {
+            single = references.Find(options.reference);
+            if (single == nullptr) {
+                throw Cgats::Error(references.Name(), 0, "no sample with SAMPLE_ID " + options.reference);
+            }
+        } else if (references.Count() == 1) {
+            single = &references.Kept().begin()->second;
+        }
+        conditions = MakeConditions(options, {{"Colorimetric.WhiteBase", "Absolute"}});
+        std::vector<Column> columns = IdentityColumns(samples.HasNames());
+        columns.push_back({"REFERENCE_ID", true});
+        columns.push_back({"DELTA_E", false});
+        columns.push_back({"EXCEEDS", false});
+        result = std::make_unique<ResultSet>(columns);
+        result->keywords = {{"ORIGINATOR", "qvi"},
+                            {"DESCRIPTOR", "colour differences of " + Scrub(samples.Name()) + " against " +
+                                               Scrub(references.Name())}};
+        for (const auto& entry : ConditionKeywords(conditions, {"ColorSpaceDescription.DeltaEFormula",
+                                                                "Colorimetric.Illumination", "Colorimetric.Observer"})) {
+            result->keywords.push_back(entry);
+        }
+        spool = std::fopen(differences.Path().c_str(), "w+b");
+        if (spool == nullptr) {
+            throw std::runtime_error("cannot open a temporary file");
+        }
+    };
     double sum = 0.0;
     float maximum = 0.0f;
     std::size_t count = 0;
     std::size_t exceeding = 0;
+    const auto restart = [&] {
+        result->Clear();
+        std::fflush(spool);
+        if (ftruncate(fileno(spool), 0) != 0) {
+            throw std::runtime_error("cannot empty a temporary file");
+        }
+        std::rewind(spool);
+        sum = 0.0;
+        maximum = 0.0f;
+        count = 0;
+        exceeding = 0;
+    };
     std::vector<std::string> row;
-    const bool names = samples.HasNames();
     try {
-        samples.ForEach(
+        samples.Stream(
+            options.scale, prepare,
             [&](const Sample& sample) {
                 const Sample* reference = single != nullptr ? single : references.Find(sample.id);
                 if (reference == nullptr) {
@@ -604,7 +624,7 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
                     SpectrumOf(*reference, conditions), SpectrumOf(sample, conditions), conditions, options.p1,
                     options.p2, options.p3);
                 const bool exceeds = difference > options.tolerance;
-                Identity(row, sample, names);
+                Identity(row, sample, samples.HasNames());
                 row.push_back(reference->id);
                 row.push_back(FormatNumber(difference, options.decimals));
                 row.push_back(exceeds ? "1" : "0");
@@ -615,9 +635,11 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
                 ++count;
                 exceeding += exceeds ? 1 : 0;
             },
-            progress);
+            restart, progress);
     } catch (...) {
-        std::fclose(spool);
+        if (spool != nullptr) {
+            std::fclose(spool);
+        }
         throw;
     }
     std::fclose(spool);
@@ -771,27 +793,29 @@ std::unique_ptr<ResultSet> Cct(const Options& options)
     NeedArguments(options, 1);
     SpectralFile file(options.arguments[0]);
     const bool progress = ProgressWanted(options.arguments[0]);
-    file.Survey({}, options.scale, progress);
-    const CMetry::QVMeasureConditions conditions =
-        MakeConditions(options, {{"Colorimetric.Illumination", "Emission"}});
-    std::vector<Column> columns = IdentityColumns(file.HasNames());
-    columns.push_back({"CCT", false});
-    auto result = std::make_unique<ResultSet>(columns);
-    result->keywords = {{"ORIGINATOR", "qvi"},
-                        {"DESCRIPTOR", "correlated colour temperature of " + Scrub(file.Name())}};
-    for (const auto& entry : ConditionKeywords(conditions, {"Colorimetric.Observer"})) {
-        result->keywords.push_back(entry);
-    }
+    CMetry::QVMeasureConditions conditions;
+    std::unique_ptr<ResultSet> result;
+    const auto prepare = [&] {
+        conditions = MakeConditions(options, {{"Colorimetric.Illumination", "Emission"}});
+        std::vector<Column> columns = IdentityColumns(file.HasNames());
+        columns.push_back({"CCT", false});
+        result = std::make_unique<ResultSet>(columns);
+        result->keywords = {{"ORIGINATOR", "qvi"},
+                            {"DESCRIPTOR", "correlated colour temperature of " + Scrub(file.Name())}};
+        for (const auto& entry : ConditionKeywords(conditions, {"Colorimetric.Observer"})) {
+            result->keywords.push_back(entry);
+        }
+    };
     std::vector<std::string> row;
-    const bool names = file.HasNames();
-    file.ForEach(
+    file.Stream(
+        options.scale, prepare,
         [&](const Sample& sample) {
             const float kelvin = CMetry::CMetryService::GetColorTemperature(SpectrumOf(sample, conditions));
-            Identity(row, sample, names);
+            Identity(row, sample, file.HasNames());
             row.push_back(FormatNumber(kelvin, std::min(options.decimals, 1)));
             result->Add(row);
         },
-        progress);
+        [&] { result->Clear(); }, progress);
     return result;
 }
 

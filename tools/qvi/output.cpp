@@ -149,6 +149,19 @@ void ResultSet::Add(const std::vector<std::string>& values)
     ++rows;
 }
 
+void ResultSet::Clear()
+{
+    std::fflush(file);
+    if (ftruncate(fileno(file), 0) != 0) {
+        throw std::runtime_error("cannot empty a temporary file");
+    }
+    std::rewind(file);
+    rows = 0;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        widths[i] = columns[i].name.size();
+    }
+}
+
 void ResultSet::Rewind()
 {
     std::fflush(file);

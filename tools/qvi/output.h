@@ -51,6 +51,8 @@ public:
 
     // One row; an empty value is a missing one.
     void Add(const std::vector<std::string>& values);
+    // Forgets every row.
+    void Clear();
     std::size_t Rows() const { return rows; }
     const std::vector<Column>& Columns() const { return columns; }
 
