@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 #include <unistd.h>
 
 #include "tools/cgats/cgats.h"
@@ -125,6 +126,7 @@ ResultSet::~ResultSet()
     if (file != nullptr) {
         std::fclose(file);
     }
+    std::free(lineData);
 }
 
 void ResultSet::Add(const std::vector<std::string>& values)
@@ -170,30 +172,32 @@ void ResultSet::Rewind()
 
 bool ResultSet::ReadRow(std::vector<std::string>& values)
 {
-    lineBuffer.clear();
-    int c;
-    bool any = false;
-    while ((c = std::fgetc(file)) != EOF) {
-        any = true;
-        if (c == '\n') {
-            break;
-        }
-        lineBuffer += static_cast<char>(c);
-    }
-    if (!any) {
+    const ssize_t length = getline(&lineData, &lineCapacity, file);
+    if (length < 0) {
         return false;
     }
-    values.clear();
+    std::string_view line(lineData, static_cast<std::size_t>(length));
+    if (!line.empty() && line.back() == '\n') {
+        line.remove_suffix(1);
+    }
+    // The strings of the previous row are reused.
+    std::size_t count = 0;
     std::size_t start = 0;
     while (true) {
-        const std::size_t tab = lineBuffer.find('\t', start);
-        if (tab == std::string::npos) {
-            values.push_back(lineBuffer.substr(start));
+        const std::size_t tab = line.find('\t', start);
+        const std::string_view value = line.substr(start, tab == std::string_view::npos ? tab : tab - start);
+        if (count < values.size()) {
+            values[count].assign(value);
+        } else {
+            values.emplace_back(value);
+        }
+        ++count;
+        if (tab == std::string_view::npos) {
             break;
         }
-        values.push_back(lineBuffer.substr(start, tab - start));
         start = tab + 1;
     }
+    values.resize(count);
     return true;
 }
 

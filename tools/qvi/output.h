@@ -78,7 +78,9 @@ private:
     std::size_t rows = 0;
     TempFile spool;
     std::FILE* file = nullptr;
-    std::string lineBuffer;
+    // getline's buffer for ReadRow.
+    char* lineData = nullptr;
+    std::size_t lineCapacity = 0;
 };
 
 template <typename Function>
