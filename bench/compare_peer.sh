@@ -129,7 +129,7 @@ print(f"qvi peak memory: {float(sys.argv[5]):.0f} KB for {int(sys.argv[4]) // 10
 if differences:
     print(f"Lab agreement over {len(differences)} samples (delta E 1976): "
           f"mean {statistics.mean(differences):.4f}, max {max(differences):.4f} "
-          "(the two integrate the colour-matching functions differently)")
+          "(each weights the spectra with its own tables)")
 met = time_ratio >= 10.0
 print(f"target (at least 10 x faster): {'met' if met else 'NOT met'}")
 sys.exit(0 if met else 1)
