@@ -5,6 +5,7 @@
 #include "qvimanager/foundation/containers.h"
 
 #include <cmath>
+#include <vector>
 
 using Utilities::String;
 
@@ -24,6 +25,51 @@ const String kIlluminationKey("Colorimetric.Illumination");
     throw ExceptionCMetry(String("Calculation of ColorTemperature failed"));
 }
 
+// Planck's law on the grid of the conditions: at each point
+// c1 / wavelength^5 / (exp(c2 / (T x wavelength)) - 1) in double precision,
+// delivered as float. The first quotient does not depend on the
+// temperature: it is computed once per grid, the same double every time.
+// The grid is the conditions' count and first wavelength with the step
+// (high - low) / count + 1 ((730 - 380) / 36 + 1 = 10: the expression is
+// odd, its value right).
+class PlanckGrid {
+public:
+    explicit PlanckGrid(const QVMeasureConditions& conditions)
+        : count(conditions.GetMeasureCondition(String("Physical.NumberOfDataPointsSpectrum")).GetShort())
+    {
+        const short low = conditions.GetMeasureCondition(String("Physical.WavelengthSpectrumMin")).GetShort();
+        const short high = conditions.GetMeasureCondition(String("Physical.WavelengthSpectrumMax")).GetShort();
+        const int step = (high - low) / count + 1;
+        const double c1 = 2.0 * kPlanck * kSpeedOfLight * kSpeedOfLight;
+        for (short i = 0; i < count; ++i) {
+            const double wavelength = (low + i * step) * 1e-9;
+            wavelengths.push_back(wavelength);
+            quotients.push_back(c1 / std::pow(wavelength, 5));
+        }
+    }
+    short Count() const { return count; }
+    float Value(float temperature, short i) const
+    {
+        const double c2 = kSpeedOfLight * kPlanck / kBoltzmann;
+        const auto at = static_cast<std::size_t>(i);
+        return static_cast<float>(quotients[at] / (std::exp(c2 / (temperature * wavelengths[at])) - 1.0));
+    }
+
+private:
+    short count;
+    std::vector<double> wavelengths;
+    std::vector<double> quotients;
+};
+
+// XYZ of a radiator normalised to Y = 100.
+void NormaliseToY100(QVColorVector& xyz)
+{
+    const double y = xyz[1];
+    xyz[0] = static_cast<float>(100.0 * xyz[0] / y);
+    xyz[1] = 100.0f;
+    xyz[2] = static_cast<float>(100.0 * xyz[2] / y);
+}
+
 // The index of the smallest distance; ties go to the later index.
 int Smallest(const float (&distance)[3])
 {
@@ -39,18 +85,10 @@ ColorTemperature::ColorTemperature() : MinTemperature(200.0f), MaxTemperature(10
 
 QVSpectrum ColorTemperature::GetPlanckRadiator(float temperature, const QVMeasureConditions& conditions)
 {
-    const double c1 = 2.0 * kPlanck * kSpeedOfLight * kSpeedOfLight;
-    const double c2 = kSpeedOfLight * kPlanck / kBoltzmann;
-    const short count = conditions.GetMeasureCondition(String("Physical.NumberOfDataPointsSpectrum")).GetShort();
-    const short low = conditions.GetMeasureCondition(String("Physical.WavelengthSpectrumMin")).GetShort();
-    const short high = conditions.GetMeasureCondition(String("Physical.WavelengthSpectrumMax")).GetShort();
-    // (730 - 380) / 36 + 1 = 10: the expression is odd, its value right.
-    const int step = (high - low) / count + 1;
-    Utilities::Vector<float> values(static_cast<unsigned long>(count));
-    for (short i = 0; i < count; ++i) {
-        const double wavelength = (low + i * step) * 1e-9;
-        values[static_cast<unsigned long>(i)] = static_cast<float>(
-            c1 / std::pow(wavelength, 5) / (std::exp(c2 / (temperature * wavelength)) - 1.0));
+    const PlanckGrid grid(conditions);
+    Utilities::Vector<float> values(static_cast<unsigned long>(grid.Count()));
+    for (short i = 0; i < grid.Count(); ++i) {
+        values[static_cast<unsigned long>(i)] = grid.Value(temperature, i);
     }
     QVMeasureConditions emission(conditions);
     emission.SetMeasureCondition(kIlluminationKey, String("Emission"));
@@ -67,10 +105,7 @@ QVColorVector ColorTemperature::GetPlanckRadiatorXYZ(float temperature, const QV
     if (!CMetryCalculator::GetVector_CIEXYZ(radiator, xyzConditions, xyz)) {
         return xyz;
     }
-    const double y = xyz[1];
-    xyz[0] = static_cast<float>(100.0 * xyz[0] / y);
-    xyz[1] = 100.0f;
-    xyz[2] = static_cast<float>(100.0 * xyz[2] / y);
+    NormaliseToY100(xyz);
     return xyz;
 }
 
@@ -94,9 +129,34 @@ float ColorTemperature::GetColorTemperature(const QVSpectrum& spectrum)
     QVMeasureConditions radiatorConditions(spectrum.GetMeasureConditions());
     radiatorConditions.SetMeasureCondition(kIlluminationKey, String("Emission"));
 
-    // The distance of the radiator at a temperature to the target.
+    // The distance of the radiator at a temperature to the target: the u, v
+    // of GetPlanckRadiatorXYZ(temperature, radiatorConditions). Its grid and
+    // its two condition sets are the same for every temperature of the
+    // search, so they are made once here and only the radiator's values are
+    // computed per temperature: the same numbers without three condition
+    // copies, three parsed condition values, an allocation and 36 powers
+    // per step.
+    const PlanckGrid grid(radiatorConditions);
+    QVMeasureConditions emission(radiatorConditions);
+    emission.SetMeasureCondition(kIlluminationKey, String("Emission"));
+    QVMeasureConditions radiatorXYZConditions(radiatorConditions);
+    radiatorXYZConditions.SetMeasureCondition(kColorSpaceKey, String("CIEXYZ"));
+    radiatorXYZConditions.SetMeasureCondition(kIlluminationKey, String("Emission"));
+    QVSpectrum radiatorSpectrum;
+    radiatorSpectrum.conditions = emission;
+    const bool onGrid = grid.Count() == QVSpectrum::NumberOfDataPoints;
     const auto distanceAt = [&](float temperature, bool& converted) {
-        QVColorVector radiator = GetPlanckRadiatorXYZ(temperature, radiatorConditions);
+        QVColorVector radiator;
+        if (onGrid) {
+            for (short i = 0; i < grid.Count(); ++i) {
+                radiatorSpectrum.values[i] = grid.Value(temperature, i);
+            }
+            if (CMetryCalculator::GetVector_CIEXYZ(radiatorSpectrum, radiatorXYZConditions, radiator)) {
+                NormaliseToY100(radiator);
+            }
+        } else {
+            radiator = GetPlanckRadiatorXYZ(temperature, radiatorConditions);
+        }
         converted = CMetryCalculator::GetVector_CIEuvY1960(radiator, radiator) && converted;
         return WeightDistance(radiator, target);
     };

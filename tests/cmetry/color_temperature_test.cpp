@@ -25,10 +25,12 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
+#include <vector>
 
 using CMetry::CMetryCalculator;
 using CMetry::ColorTemperature;
@@ -291,6 +293,118 @@ TEST(ColorTemperaturePlanck, ARadiatorGivenReflectiveConditionsIsStillEmissive)
 }
 
 // ================================================================ result
+
+namespace {
+
+// The search written out over the public radiator: the distance of
+// GetPlanckRadiatorXYZ's u, v to the target's, then the golden section with
+// the same bracket, stop rules and rounding. The library builds the
+// radiators of one search more cheaply; this is what it must come to.
+float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int& rounds)
+{
+    QVMeasureConditions xyzConditions(spectrum.GetMeasureConditions());
+    Set(xyzConditions, "ColorSpaceDescription.Type", "CIEXYZ");
+    QVColorVector target;
+    EXPECT_TRUE(CMetryCalculator::GetVector_CIEXYZ(spectrum, xyzConditions, target));
+    EXPECT_TRUE(CMetryCalculator::GetVector_CIEuvY1960(target, target));
+    QVMeasureConditions radiatorConditions(spectrum.GetMeasureConditions());
+    Set(radiatorConditions, "Colorimetric.Illumination", "Emission");
+    const auto distanceAt = [&](float temperature) {
+        QVColorVector radiator = search.GetPlanckRadiatorXYZ(temperature, radiatorConditions);
+        EXPECT_TRUE(CMetryCalculator::GetVector_CIEuvY1960(radiator, radiator));
+        return search.WeightDistance(radiator, target);
+    };
+    const auto smallest = [](const float (&d)[3]) {
+        if (d[0] < d[1]) {
+            return d[0] < d[2] ? 0 : 2;
+        }
+        return d[1] < d[2] ? 1 : 2;
+    };
+    float T[3] = {200.0f, 0.0f, 1000000.0f};
+    T[1] = 2.0f / (1.0f / T[0] + 1.0f / T[2]);
+    float D[3] = {distanceAt(T[0]), distanceAt(T[1]), distanceAt(T[2])};
+    const int first = smallest(D);
+    if (first == 0) {
+        T[2] = T[1];
+        T[1] = T[0];
+        D[2] = D[1];
+        D[1] = D[0];
+    } else if (first == 2) {
+        T[0] = T[1];
+        T[1] = T[2];
+        D[0] = D[1];
+        D[1] = D[2];
+    }
+    float before[2][3] = {{-1.0f, -1.0f, -1.0f}, {-1.0f, -1.0f, -1.0f}};
+    rounds = 0;
+    while (!(T[1] - T[0] <= 0.5f && T[2] - T[1] <= 0.5f)) {
+        if (rounds >= 500 || (T[0] == before[1][0] && T[1] == before[1][1] && T[2] == before[1][2])) {
+            break;
+        }
+        for (int i = 0; i < 3; ++i) {
+            before[1][i] = before[0][i];
+            before[0][i] = T[i];
+        }
+        ++rounds;
+        float g = 1.0f / T[2] - 1.0f / T[1];
+        float t = 1.0f / (1.0f / T[2] - 0.61803f * g);
+        float d = distanceAt(t);
+        if (d <= D[1]) {
+            T[1] = t;
+            D[1] = d;
+        } else {
+            T[2] = t;
+            D[2] = d;
+        }
+        g = 1.0f / T[0] - 1.0f / T[1];
+        t = 1.0f / (1.0f / T[0] - 0.61803f * g);
+        d = distanceAt(t);
+        if (d <= D[1]) {
+            T[1] = t;
+            D[1] = d;
+        } else {
+            T[0] = t;
+            D[0] = d;
+        }
+    }
+    return std::floor(T[smallest(D)] + 0.5f);
+}
+
+} // namespace
+
+TEST(ColorTemperatureResult, IsTheSearchOverThePublicRadiatorStepForStep)
+{
+    std::vector<QVSpectrum> spectra;
+    for (float temperature = 1000.0f; temperature <= 30000.0f; temperature *= 1.13f) {
+        spectra.push_back(ColorTemperature().GetPlanckRadiator(temperature, Emission()));
+        spectra.push_back(ColorTemperature().GetPlanckRadiator(temperature, Emission("TenDegree")));
+    }
+    for (const float* table : {CMetry::Tables::IlluminantD65, CMetry::Tables::IlluminantA}) {
+        float values[36];
+        for (int i = 0; i < 36; ++i) {
+            values[i] = table[80 + 10 * i];
+        }
+        spectra.emplace_back(values, Emission());
+    }
+    // Uneven emission spectra: random levels.
+    std::uint32_t state = 11;
+    for (int n = 0; n < 40; ++n) {
+        float values[36];
+        for (float& value : values) {
+            state = state * 1664525u + 1013904223u;
+            value = 1.0f + static_cast<float>(state >> 8) / 16777216.0f * 99.0f;
+        }
+        spectra.emplace_back(values, Emission());
+    }
+    ColorTemperature library;
+    ColorTemperature reference;
+    for (std::size_t i = 0; i < spectra.size(); ++i) {
+        int rounds = 0;
+        const float expected = ReferenceSearch(reference, spectra[i], rounds);
+        EXPECT_EQ(expected, library.GetColorTemperature(spectra[i])) << i;
+        EXPECT_EQ(rounds, TestAccess::Rounds(library)) << i;
+    }
+}
 
 TEST(ColorTemperatureResult, IsAlwaysAWholeNumber)
 {
