@@ -61,15 +61,6 @@ float LinAlg::BetragV(const float* a, long n)
     return static_cast<float>(std::sqrt(static_cast<double>(DotProd(a, a, n))));
 }
 
-float LinAlg::DotProd(const float* a, const float* b, long n)
-{
-    float sum = 0.0f;
-    for (long i = 0; i < n; ++i) {
-        sum += a[i] * b[i];
-    }
-    return sum;
-}
-
 void LinAlg::KxM(float* out, float k, const float* m, long r, long c)
 {
     KxV(out, k, m, r * c);

@@ -221,9 +221,10 @@ float* Weightfactors::AdjustObserverVector(const StandardFilter& table)
     auto* adjusted = new float[kInternalPoints];
     const long first = table.GetMinWavelength();
     const long last = table.GetMaxWavelength();
+    const float* values = table.GetFilter();
     for (long i = 0; i < kInternalPoints; ++i) {
         const long wavelength = kInternalMinimum + i;
-        adjusted[i] = (wavelength < first || wavelength > last) ? 0.0f : table.GetFilter()[wavelength - first];
+        adjusted[i] = (wavelength < first || wavelength > last) ? 0.0f : values[wavelength - first];
     }
     return adjusted;
 }
@@ -236,14 +237,15 @@ float* Weightfactors::AdjustIlluminationVector(const StandardFilter& table)
     const long last = table.GetMaxWavelength();
     const long tableCount = (last - first) / step + 1;
     auto* adjusted = new float[points];
+    const float* values = table.GetFilter();
     for (long p = 0; p < points; ++p) {
         const long wavelength = kInternalMinimum + p * step;
         if (wavelength < first) {
-            adjusted[p] = table.GetFilter()[0];
+            adjusted[p] = values[0];
         } else if (wavelength > last) {
-            adjusted[p] = table.GetFilter()[tableCount - 1];
+            adjusted[p] = values[tableCount - 1];
         } else {
-            adjusted[p] = table.GetFilter()[(wavelength - first) / step];
+            adjusted[p] = values[(wavelength - first) / step];
         }
     }
     return adjusted;
