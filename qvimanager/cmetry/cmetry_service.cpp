@@ -72,7 +72,7 @@ QVColorVector CMetryService::GetVector(const QVSpectrum& spectrum, const QVMeasu
         ok = CMetryCalculator::GetVector_CIEXYZ(spectrum, xyzConditions, xyz);
         if (ok) {
             ok = Is(space, "CIEuvY1976") ? CMetryCalculator::GetVector_CIEuvY1976(xyz, out)
-                                               : CMetryCalculator::GetVector_CIEuvY1960(xyz, out);
+                                         : CMetryCalculator::GetVector_CIEuvY1960(xyz, out);
         }
     } else if (Is(space, "HunterLab")) {
         ok = CMetryCalculator::GetVector_HunterLab(spectrum, conditions, out);

@@ -260,7 +260,43 @@ void ExpectReadAsTheStandardLibraryReadsIt(const std::string& text)
     EXPECT_EQ(0, std::memcmp(&expected, &value, sizeof value)) << text << ": " << expected << " read as " << value;
 }
 
+// The double and the float read at once are those read one at a time.
+void ExpectBothFormsAsEachAlone(const std::string& text)
+{
+    double alone = 0.0;
+    float singleAlone = 0.0f;
+    const bool good = Cgats::ParseNumber(text, alone);
+    const bool singleGood = Cgats::ParseNumber(text, singleAlone);
+    double both = 0.0;
+    float singleBoth = 0.0f;
+    bool single = false;
+    ASSERT_EQ(good, Cgats::ParseNumber(text, both, singleBoth, single)) << text;
+    if (!good) {
+        EXPECT_FALSE(single) << text;
+        return;
+    }
+    EXPECT_EQ(singleGood, single) << text;
+    EXPECT_EQ(0, std::memcmp(&alone, &both, sizeof both)) << text;
+    if (single) {
+        EXPECT_EQ(0, std::memcmp(&singleAlone, &singleBoth, sizeof singleBoth)) << text;
+    }
+}
+
 } // namespace
+
+TEST(CgatsParseNumber, BothFormsAtOnce)
+{
+    for (const char* text : {"0.05475", "-0", "1e39", "-1e39", "1e-50", "2.00000001", "16777217", "0,5", "+7", "x",
+                             "", "inf", "1.5e3", "9007199254740993", "12345678901234567890"}) {
+        ExpectBothFormsAsEachAlone(text);
+    }
+    double value = 0.0;
+    float single = 0.0f;
+    bool singleGood = true;
+    ASSERT_TRUE(Cgats::ParseNumber("1e39", value, single, singleGood));
+    EXPECT_EQ(1e39, value);
+    EXPECT_FALSE(singleGood);
+}
 
 // Plain decimals take a short way (one division by an exact power of ten);
 // it must give the nearest float or double exactly as the full parse does,
@@ -304,6 +340,7 @@ TEST(CgatsParseNumber, PlainDecimalsAreReadToTheLastBit)
         text += digits;
         ExpectReadAsTheStandardLibraryReadsIt<float>(text);
         ExpectReadAsTheStandardLibraryReadsIt<double>(text);
+        ExpectBothFormsAsEachAlone(text);
         if (HasFailure()) {
             return;
         }

@@ -1623,6 +1623,35 @@ TEST_F(QviScale, AValueJustAboveTwoIsPercentEvenWhereTheFloatIsTwo)
     EXPECT_EQ(Qvi({"color", "two.cgats", "--scale", "1"}, dir).out, Qvi({"color", "two.cgats"}, dir).out);
 }
 
+// Values a double holds but a float does not: the whole file is checked
+// first (as doubles), the scale decides on those doubles, and only then does
+// a value that cannot be computed fail.
+TEST_F(QviScale, ValuesBeyondAFloatFollowTheScale)
+{
+    Put("big.cgats", FlatFile({{"1", "0.5"}, {"2", "1e39"}, {"3", "0.25"}}));
+    const Outcome automatic = Qvi({"color", "big.cgats"}, dir);
+    EXPECT_SUCCESS(automatic);
+    EXPECT_EQ(Qvi({"color", "big.cgats", "--scale", "100"}, dir).out, automatic.out);
+    const Outcome single = Qvi({"color", "big.cgats", "--scale", "1"}, dir);
+    EXPECT_FAILURE(single, 2);
+    EXPECT_TRUE(Contains(single.err, "big.cgats:8: the value \"1e39\" of SPECTRAL_NM380 is not a number")) << single;
+
+    Put("tiny.cgats", FlatFile({{"1", "1e-50"}, {"2", "0.25"}}));
+    const Outcome tiny = Qvi({"color", "tiny.cgats"}, dir);
+    EXPECT_FAILURE(tiny, 2);
+    EXPECT_TRUE(Contains(tiny.err, "tiny.cgats:7: the value \"1e-50\"")) << tiny;
+    // A later row that is no number at all is reported instead.
+    Put("broken.cgats", FlatFile({{"1", "1e-50"}, {"2", "0.25"}, {"3", "x"}}));
+    const Outcome broken = Qvi({"color", "broken.cgats"}, dir);
+    EXPECT_FAILURE(broken, 2);
+    EXPECT_TRUE(Contains(broken.err, "broken.cgats:9: the value \"x\"")) << broken;
+    // Percent found later: 1e-50 / 100 is a float (zero).
+    Put("late.cgats", FlatFile({{"1", "1e-50"}, {"2", "50"}}));
+    const Outcome late = Qvi({"color", "late.cgats"}, dir);
+    EXPECT_SUCCESS(late);
+    EXPECT_EQ(Qvi({"color", "late.cgats", "--scale", "100"}, dir).out, late.out);
+}
+
 TEST_F(QviScale, ColourTemperatureOfPercentFoundLate)
 {
     // Reflectance-like emission rows: the scale only changes the level.
@@ -1678,6 +1707,21 @@ TEST_F(QviLibraryFailure, ABrokenRowIsReportedBeforeARefusal)
     }
     Put(kChips, clean);
     EXPECT_FAILURE(Qvi({"color", kChips, "--space", "CMYK"}, dir), 1);
+}
+
+TEST_F(QviLibraryFailure, ARefusedConditionWithPercentFoundLate)
+{
+    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "1.5"}, {"3", "50"}}));
+    for (const Strings& arguments : {Strings{"color", "late.cgats", "--illuminant", "D99x"},
+                                     Strings{"cct", "late.cgats", "--observer", "OneDegree"},
+                                     Strings{"delta-e", "late.cgats", "late.cgats", "--illuminant", "D99x"}}) {
+        SCOPED_TRACE(arguments[0]);
+        const Outcome outcome = Qvi(arguments, dir);
+        EXPECT_FAILURE(outcome, 1);
+        Strings fixed = arguments;
+        fixed.insert(fixed.end(), {"--scale", "100"});
+        EXPECT_EQ(Qvi(fixed, dir).err, outcome.err);
+    }
 }
 
 TEST_F(QviLibraryFailure, DensityWithoutPaperWhite)

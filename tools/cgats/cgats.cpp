@@ -89,12 +89,9 @@ bool PlainDecimal(std::string_view text, std::uint64_t& digits, int& fraction, b
 // ten are both exact in the type: one IEEE division rounds once, so the
 // result is the nearest value, as from_chars gives it (Clinger's fast
 // path). False where that does not hold; the full parse takes over.
-bool FastPath(std::string_view text, float& value)
+bool Exact(std::uint64_t digits, int fraction, bool negative, float& value)
 {
-    std::uint64_t digits;
-    int fraction;
-    bool negative;
-    if (!PlainDecimal(text, digits, fraction, negative) || digits > (std::uint64_t{1} << 24) || fraction > 10) {
+    if (digits > (std::uint64_t{1} << 24) || fraction > 10) {
         return false;
     }
     const float magnitude = static_cast<float>(digits) / kFloatPowers[fraction];
@@ -102,17 +99,23 @@ bool FastPath(std::string_view text, float& value)
     return true;
 }
 
-bool FastPath(std::string_view text, double& value)
+bool Exact(std::uint64_t digits, int fraction, bool negative, double& value)
 {
-    std::uint64_t digits;
-    int fraction;
-    bool negative;
-    if (!PlainDecimal(text, digits, fraction, negative) || digits > (std::uint64_t{1} << 53) || fraction > 22) {
+    if (digits > (std::uint64_t{1} << 53) || fraction > 22) {
         return false;
     }
     const double magnitude = static_cast<double>(digits) / kDoublePowers[fraction];
     value = negative ? -magnitude : magnitude;
     return true;
+}
+
+template <typename T>
+bool FastPath(std::string_view text, T& value)
+{
+    std::uint64_t digits;
+    int fraction;
+    bool negative;
+    return PlainDecimal(text, digits, fraction, negative) && Exact(digits, fraction, negative, value);
 }
 
 template <typename T>
@@ -215,6 +218,23 @@ bool ParseNumber(std::string_view text, double& value)
 bool ParseNumber(std::string_view text, float& value)
 {
     return ParseAs(text, value);
+}
+
+bool ParseNumber(std::string_view text, double& value, float& singleValue, bool& single)
+{
+    std::uint64_t digits;
+    int fraction;
+    bool negative;
+    if (PlainDecimal(text, digits, fraction, negative) && Exact(digits, fraction, negative, value)) {
+        single = Exact(digits, fraction, negative, singleValue) || ParseAs(text, singleValue);
+        return true;
+    }
+    if (!ParseAs(text, value)) {
+        single = false;
+        return false;
+    }
+    single = ParseAs(text, singleValue);
+    return true;
 }
 
 int SpectralWavelength(std::string_view field)

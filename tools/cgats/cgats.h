@@ -95,6 +95,11 @@ void Tokenize(std::string_view line, std::vector<std::string_view>& tokens);
 bool ParseNumber(std::string_view text, double& value);
 // The same, rounded once to the nearest float.
 bool ParseNumber(std::string_view text, float& value);
+// Both at once, for a reader that needs the double and the float of the same
+// text: the result is that of the double form; `single` tells whether the
+// float form succeeded too (a number can fit a double but not a float, as
+// 1e39). A plain decimal is read once for both.
+bool ParseNumber(std::string_view text, double& value, float& singleValue, bool& single);
 
 // The wavelength in nm that a field name stands for: "SPECTRAL_NM380",
 // "SPECTRAL_NM_380", "SPECTRAL_380", "NM380", "nm380" (any case) give 380;

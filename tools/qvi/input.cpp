@@ -98,12 +98,44 @@ void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std:
             good = Cgats::ParseNumber(text, value);
         }
         if (!good) {
-            throw Cgats::Error(name, row.line,
-                               "the value \"" + std::string(text) + "\" of " + reader.Fields()[gridField[point]] +
-                                   " is not a number");
+            throw NotANumber(reader, row, point);
         }
         sample.raw[point] = value;
     }
+}
+
+Cgats::Error SpectralFile::NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const
+{
+    return Cgats::Error(name, row.line,
+                        "the value \"" + std::string(row.values[gridField[point]]) + "\" of " +
+                            reader.Fields()[gridField[point]] + " is not a number");
+}
+
+std::exception_ptr SpectralFile::ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
+                                          Sample& sample) const
+{
+    sample.line = row.line;
+    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
+    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+    std::exception_ptr deferred;
+    for (int point = 0; point < kGridPoints; ++point) {
+        const std::string_view text = row.values[gridField[point]];
+        double number;
+        float single;
+        bool singleGood;
+        if (!Cgats::ParseNumber(text, number, single, singleGood)) {
+            throw NotANumber(reader, row, point);
+        }
+        sample.raw[point] = number;
+        if (divisor != 1.0) {
+            sample.values[point] = static_cast<float>(number / divisor);
+        } else if (singleGood) {
+            sample.values[point] = single;
+        } else if (deferred == nullptr) {
+            deferred = std::make_exception_ptr(NotANumber(reader, row, point));
+        }
+    }
+    return deferred;
 }
 
 std::size_t SpectralFile::Pass(const char* what, bool progress,
@@ -227,13 +259,19 @@ void SpectralFile::Stream(Scale scale, const std::function<void()>& prepare,
                         failure = preparation;
                     }
                 }
-                Read(reader, row, index, sample, true);
-                if (!scaleKnown && AbovePercentLimit(row, sample)) {
+                // Checked as the survey checks it; what only the computing
+                // pass would refuse waits like a failure of the computing.
+                const std::exception_ptr refused = ReadOnce(reader, row, index, sample);
+                if (!scaleKnown && *std::max_element(sample.raw.begin(), sample.raw.end()) > 2.0) {
                     scaleKnown = true;
                     divisor = 100.0;
                     throw Settled{};
                 }
                 if (failure == nullptr) {
+                    if (refused != nullptr) {
+                        failure = refused;
+                        return;
+                    }
                     try {
                         function(sample);
                     } catch (...) {
@@ -243,7 +281,10 @@ void SpectralFile::Stream(Scale scale, const std::function<void()>& prepare,
             });
         } catch (const Settled&) {
             EndProgress(progress);
-            restart();
+            // Nothing was computed when the preparation failed.
+            if (preparation == nullptr) {
+                restart();
+            }
             continue;
         }
         if (count == 0) {
@@ -254,26 +295,6 @@ void SpectralFile::Stream(Scale scale, const std::function<void()>& prepare,
         }
         return;
     }
-}
-
-bool SpectralFile::AbovePercentLimit(const Cgats::Row& row, const Sample& sample) const
-{
-    for (int point = 0; point < kGridPoints; ++point) {
-        // Rounding to float keeps the order, so a float below 2 was written
-        // below 2 and one above 2 above it; only a float of exactly 2 needs
-        // the written value, read as a double as the survey reads it.
-        const float value = sample.values[point];
-        if (value > 2.0f) {
-            return true;
-        }
-        if (value == 2.0f) {
-            double exact = 0.0;
-            if (Cgats::ParseNumber(row.values[gridField[point]], exact) && exact > 2.0) {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 const Sample* SpectralFile::Find(const std::string& id) const

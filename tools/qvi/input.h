@@ -5,6 +5,7 @@
 // sample, read row by row from a CGATS file.
 
 #include <array>
+#include <exception>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -84,8 +85,13 @@ private:
     // number.
     bool Scaled(std::string_view text, float& value) const;
     void Layout(const Cgats::Reader& reader);
-    // Whether the sample (read on the scale 0..1) holds a value above 2.
-    bool AbovePercentLimit(const Cgats::Row& row, const Sample& sample) const;
+    // Reads the sample as Survey does (a value that is no number raises)
+    // and on the current scale as ForEach does, where a value can still fail
+    // (one that fits a double but not a float): that error is returned, not
+    // raised.
+    std::exception_ptr ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
+                                Sample& sample) const;
+    Cgats::Error NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const;
     // Reads the sample; with `scaled` also its values on the chosen scale.
     void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
               bool scaled) const;
