@@ -87,8 +87,8 @@ bool PlainDecimal(std::string_view text, std::uint64_t& digits, int& fraction, b
 
 // The correctly rounded value of a plain decimal whose digits and power of
 // ten are both exact in the type: one IEEE division rounds once, so the
-// result is the nearest value, as from_chars gives it (Clinger's fast
-// path). False where that does not hold; the full parse takes over.
+// result is the nearest value, as from_chars gives it. False where that
+// does not hold; the full parse takes over.
 bool Exact(std::uint64_t digits, int fraction, bool negative, float& value)
 {
     if (digits > (std::uint64_t{1} << 24) || fraction > 10) {
