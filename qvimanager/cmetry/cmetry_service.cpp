@@ -100,26 +100,25 @@ QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String
     }
     QVMeasureConditions conditions(vector.GetMeasureConditions());
     const String source = conditions.GetMeasureCondition(kColorSpaceKey);
-    const auto is = [](const String& value, const char* text) { return value == String(text); };
     QVColorVector out;
     bool ok = false;
-    if (is(source, "CIEXYZ") && is(colorSpace, "CIELab")) {
+    if (Is(source, "CIEXYZ") && Is(colorSpace, "CIELab")) {
         ok = CMetryCalculator::GetVector_CIELab(vector, out);
-    } else if (is(source, "CIELab") && is(colorSpace, "CIEXYZ")) {
+    } else if (Is(source, "CIELab") && Is(colorSpace, "CIEXYZ")) {
         ok = CMetryCalculator::GetVector_CIEXYZ(vector, out);
-    } else if ((is(source, "CIELab") && is(colorSpace, "CIELCh")) || (is(source, "LABvq") && is(colorSpace, "LCHvq")) ||
-               (is(source, "CIELuv") && is(colorSpace, "CIELChuv"))) {
+    } else if ((Is(source, "CIELab") && Is(colorSpace, "CIELCh")) || (Is(source, "LABvq") && Is(colorSpace, "LCHvq")) ||
+               (Is(source, "CIELuv") && Is(colorSpace, "CIELChuv"))) {
         ok = CMetryCalculator::GetVector_CIELCh_ab(vector, out);
-    } else if (is(source, "CIEXYZ") && is(colorSpace, "CIExyY")) {
+    } else if (Is(source, "CIEXYZ") && Is(colorSpace, "CIExyY")) {
         ok = CMetryCalculator::GetVector_CIExyY(vector, out);
-    } else if (is(source, "CIELab") && is(colorSpace, "RGB")) {
+    } else if (Is(source, "CIELab") && Is(colorSpace, "RGB")) {
         ok = CMetryCalculator::GetVector_CIELab_RGB(vector, out);
-    } else if (is(colorSpace, "RGB")) {
+    } else if (Is(colorSpace, "RGB")) {
         const QVColorVector lab = GetVector(vector, String("CIELab"));
         ok = CMetryCalculator::GetVector_CIELab_RGB(lab, out);
-    } else if ((is(source, "CIEXYZ") || is(source, "CIExyY")) && is(colorSpace, "CIEuvY1960")) {
+    } else if ((Is(source, "CIEXYZ") || Is(source, "CIExyY")) && Is(colorSpace, "CIEuvY1960")) {
         ok = CMetryCalculator::GetVector_CIEuvY1960(vector, out);
-    } else if ((is(source, "CIEXYZ") || is(source, "CIExyY")) && is(colorSpace, "CIEuvY1976")) {
+    } else if ((Is(source, "CIEXYZ") || Is(source, "CIExyY")) && Is(colorSpace, "CIEuvY1976")) {
         ok = CMetryCalculator::GetVector_CIEuvY1976(vector, out);
     } else {
         // The last word names "CIEXYZ", whatever the target.
@@ -129,7 +128,7 @@ QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String
     if (!ok) {
         RaiseCalculatorFailure();
     }
-    if (is(colorSpace, "RGB")) {
+    if (Is(colorSpace, "RGB")) {
         return out;
     }
     conditions.SetMeasureCondition(kColorSpaceKey, colorSpace);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <system_error>
 
 namespace Cgats {
@@ -85,26 +86,34 @@ bool PlainDecimal(std::string_view text, std::uint64_t& digits, int& fraction, b
     return i == n && count <= 19;
 }
 
+// Where digits and power of ten are exact: up to 2^24 and 10^10 in a float,
+// 2^53 and 10^22 in a double.
+template <typename T>
+struct ExactRange;
+template <>
+struct ExactRange<float> {
+    static constexpr std::uint64_t digits = std::uint64_t{1} << 24;
+    static constexpr const float* powers = kFloatPowers;
+    static constexpr int fraction = static_cast<int>(std::size(kFloatPowers)) - 1;
+};
+template <>
+struct ExactRange<double> {
+    static constexpr std::uint64_t digits = std::uint64_t{1} << 53;
+    static constexpr const double* powers = kDoublePowers;
+    static constexpr int fraction = static_cast<int>(std::size(kDoublePowers)) - 1;
+};
+
 // The correctly rounded value of a plain decimal whose digits and power of
 // ten are both exact in the type: one IEEE division rounds once, so the
 // result is the nearest value, as from_chars gives it. False where that
 // does not hold; the full parse takes over.
-bool Exact(std::uint64_t digits, int fraction, bool negative, float& value)
+template <typename T>
+bool Exact(std::uint64_t digits, int fraction, bool negative, T& value)
 {
-    if (digits > (std::uint64_t{1} << 24) || fraction > 10) {
+    if (digits > ExactRange<T>::digits || fraction > ExactRange<T>::fraction) {
         return false;
     }
-    const float magnitude = static_cast<float>(digits) / kFloatPowers[fraction];
-    value = negative ? -magnitude : magnitude;
-    return true;
-}
-
-bool Exact(std::uint64_t digits, int fraction, bool negative, double& value)
-{
-    if (digits > (std::uint64_t{1} << 53) || fraction > 22) {
-        return false;
-    }
-    const double magnitude = static_cast<double>(digits) / kDoublePowers[fraction];
+    const T magnitude = static_cast<T>(digits) / ExactRange<T>::powers[fraction];
     value = negative ? -magnitude : magnitude;
     return true;
 }

@@ -84,9 +84,7 @@ void SpectralFile::Layout(const Cgats::Reader& reader)
 void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
                         bool scaled) const
 {
-    sample.line = row.line;
-    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
-    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+    Identify(row, index, sample);
     for (int point = 0; point < kGridPoints; ++point) {
         const std::string_view text = row.values[gridField[point]];
         double value;
@@ -104,6 +102,13 @@ void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std:
     }
 }
 
+void SpectralFile::Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const
+{
+    sample.line = row.line;
+    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
+    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+}
+
 Cgats::Error SpectralFile::NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const
 {
     return Cgats::Error(name, row.line,
@@ -114,9 +119,7 @@ Cgats::Error SpectralFile::NotANumber(const Cgats::Reader& reader, const Cgats::
 std::exception_ptr SpectralFile::ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
                                           Sample& sample) const
 {
-    sample.line = row.line;
-    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
-    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+    Identify(row, index, sample);
     std::exception_ptr deferred;
     for (int point = 0; point < kGridPoints; ++point) {
         const std::string_view text = row.values[gridField[point]];

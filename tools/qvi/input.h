@@ -91,6 +91,8 @@ private:
     // raised.
     std::exception_ptr ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
                                 Sample& sample) const;
+    // Line, SAMPLE_ID (or the 1-based index) and SAMPLE_NAME of the row.
+    void Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const;
     Cgats::Error NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const;
     // Reads the sample; with `scaled` also its values on the chosen scale.
     void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,

@@ -600,11 +600,7 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
     std::size_t exceeding = 0;
     const auto restart = [&] {
         result->Clear();
-        std::fflush(spool);
-        if (ftruncate(fileno(spool), 0) != 0) {
-            throw std::runtime_error("cannot empty a temporary file");
-        }
-        std::rewind(spool);
+        Qvi::EmptyFile(spool);
         sum = 0.0;
         maximum = 0.0f;
         count = 0;

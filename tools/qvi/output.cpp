@@ -151,13 +151,18 @@ void ResultSet::Add(const std::vector<std::string>& values)
     ++rows;
 }
 
-void ResultSet::Clear()
+void EmptyFile(std::FILE* file)
 {
     std::fflush(file);
     if (ftruncate(fileno(file), 0) != 0) {
         throw std::runtime_error("cannot empty a temporary file");
     }
     std::rewind(file);
+}
+
+void ResultSet::Clear()
+{
+    EmptyFile(file);
     rows = 0;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         widths[i] = columns[i].name.size();

@@ -42,6 +42,9 @@ struct Column {
     bool text = false;
 };
 
+// Empties an open temporary file and rewinds it for writing anew.
+void EmptyFile(std::FILE* file);
+
 class ResultSet {
 public:
     explicit ResultSet(std::vector<Column> columns);
