@@ -174,13 +174,13 @@ Utilities::Vector<QVSpectrum> DensityService::GetUserdefinedFilter()
 
 void DensityService::SetUserdefinedFilter(const Utilities::Vector<QVSpectrum>& filters)
 {
-    if (filters.GetSize() < 4) {
-        throw Utilities::ExceptionOutOfBound(String("vector index >= vector size"));
-    }
+    // Entry by entry through the vector's checked index: with n < 4 entries
+    // filters 0 to n - 1 are stored before the vector raises at index n.
     for (unsigned long i = 0; i < 4; ++i) {
+        const QVSpectrum& filter = filters[i];
         float values[QVSpectrum::NumberOfDataPoints];
         for (unsigned short point = 0; point < QVSpectrum::NumberOfDataPoints; ++point) {
-            values[point] = filters[i][point];
+            values[point] = filter[point];
         }
         DensityFilter::SetUserDefinedFilter(values, i);
     }

@@ -61,10 +61,13 @@ public:
     static void SetPaperWhite(const QVSpectrum& spectrum);
     // The four filters of the user-defined standard as spectra.
     static Utilities::Vector<QVSpectrum> GetUserdefinedFilter();
-    // Stores the first four spectra as the user-defined filters (they take
-    // effect when the user standard is next selected anew). A vector of
-    // fewer than four raises ExceptionOutOfBound with "vector index >=
-    // vector size" before anything is stored.
+    // Stores the first four spectra as the user-defined filters 0 to 3, in
+    // that order (they take effect when the user standard is next selected
+    // anew); entries past the fourth are ignored. The entries are read
+    // through the vector's checked index, so a vector of n < 4 entries
+    // stores filters 0 to n - 1 and then raises the vector's
+    // ExceptionOutOfBound with "vector index >= vector size" at index n;
+    // filters n to 3 keep their values.
     static void SetUserdefinedFilter(const Utilities::Vector<QVSpectrum>& filters);
     // Writes four slopes and four offsets (1.0 and 0.0 for an empty
     // pointer) into the cells addressed by the conditions: physical filter

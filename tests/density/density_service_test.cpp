@@ -32,6 +32,7 @@
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <typeinfo>
 
 using CMetry::BaseCalculator;
 using CMetry::DensityCalculator;
@@ -689,14 +690,14 @@ TEST_F(DensityServiceTest, SetPaperWhiteReplacesThePaperWhite)
 
 namespace {
 
-// Filter f holds f + 0.01 x i at point i.
-Utilities::Vector<QVSpectrum> Numbered(unsigned long count)
+// Filter f holds base + f + 0.01 x i at point i.
+Utilities::Vector<QVSpectrum> Numbered(unsigned long count, float base = 0.0f)
 {
     Utilities::Vector<QVSpectrum> filters(count);
     for (unsigned long f = 0; f < count; ++f) {
         float values[36];
         for (int i = 0; i < 36; ++i) {
-            values[i] = static_cast<float>(f) + 0.01f * static_cast<float>(i);
+            values[i] = base + static_cast<float>(f) + 0.01f * static_cast<float>(i);
         }
         filters[f] = QVSpectrum(values);
     }
@@ -716,6 +717,38 @@ Utilities::Vector<QVSpectrum> Numbered(unsigned long count)
     return ::testing::AssertionSuccess();
 }
 
+// User filter f holds the 36 values of `expected`, read both through the
+// service and from the filter store.
+::testing::AssertionResult UserFilterIs(unsigned long f, const QVSpectrum& expected)
+{
+    const Utilities::Vector<QVSpectrum> read = DensityService::GetUserdefinedFilter();
+    if (!(read[f] == expected)) {
+        return ::testing::AssertionFailure() << "GetUserdefinedFilter()[" << f << "] differs";
+    }
+    for (long i = 0; i < 36; ++i) {
+        if (DensityFilter::GetUserDefinedFilter(f)[i] != expected[i]) {
+            return ::testing::AssertionFailure() << "stored filter " << f << " point " << i << " is "
+                                                 << DensityFilter::GetUserDefinedFilter(f)[i] << ", not "
+                                                 << expected[i];
+        }
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// The class and text of what SetUserdefinedFilter raises, as
+// "Class: text", or "no exception".
+std::string SetUserFiltersFailure(const Utilities::Vector<QVSpectrum>& filters)
+{
+    try {
+        DensityService::SetUserdefinedFilter(filters);
+    } catch (const Utilities::Exception& failure) {
+        const char* kind = typeid(failure) == typeid(Utilities::ExceptionOutOfBound) ? "ExceptionOutOfBound"
+                                                                                    : "another exception";
+        return std::string(kind) + ": " + std::string(failure.GetExceptionText());
+    }
+    return "no exception";
+}
+
 } // namespace
 
 TEST_F(DensityServiceTest, UserFiltersStartAtAllOnes)
@@ -728,35 +761,57 @@ TEST_F(DensityServiceTest, UserFiltersStartAtAllOnes)
         }
         EXPECT_TRUE(filters[f] == Flat(1.0f));
     }
+    EXPECT_TRUE(StoreIsDefault());
 }
 
 TEST_F(DensityServiceTest, UserFiltersRoundTrip)
 {
     const Utilities::Vector<QVSpectrum> written = Numbered(4);
-    DensityService::SetUserdefinedFilter(written);
+    EXPECT_EQ("no exception", SetUserFiltersFailure(written));
     const Utilities::Vector<QVSpectrum> read = DensityService::GetUserdefinedFilter();
     ASSERT_EQ(4ul, read.GetSize());
     for (unsigned long f = 0; f < 4; ++f) {
-        EXPECT_TRUE(read[f] == written[f]) << f;
-        EXPECT_EQ(written[f][35], DensityFilter::GetUserDefinedFilter(f)[35]) << f;
+        EXPECT_TRUE(UserFilterIs(f, written[f])) << f;
     }
 }
 
 TEST_F(DensityServiceTest, UserFiltersTakeTheFirstFourOfALongerVector)
 {
-    DensityService::SetUserdefinedFilter(Numbered(6));
-    const Utilities::Vector<QVSpectrum> read = DensityService::GetUserdefinedFilter();
-    ASSERT_EQ(4ul, read.GetSize());
-    EXPECT_TRUE(read[3] == Numbered(4)[3]);
+    // Five entries: 0 to 3 are stored, the fifth is ignored.
+    const Utilities::Vector<QVSpectrum> written = Numbered(5);
+    EXPECT_EQ("no exception", SetUserFiltersFailure(written));
+    for (unsigned long f = 0; f < 4; ++f) {
+        EXPECT_TRUE(UserFilterIs(f, written[f])) << f;
+        EXPECT_FALSE(UserFilterIs(f, written[4])) << f;
+    }
 }
 
-TEST_F(DensityServiceTest, FewerThanFourUserFiltersAreRefusedBeforeAnythingIsStored)
+TEST_F(DensityServiceTest, FewerThanFourUserFiltersStoreThoseGivenThenRaiseAtTheFirstMissingOne)
 {
-    for (unsigned long count : {0ul, 1ul, 3ul}) {
-        EXPECT_EQ(kRangeError, TestSupport::FailureText([&] { DensityService::SetUserdefinedFilter(Numbered(count)); }))
-            << count;
-        EXPECT_TRUE(StoreIsDefault()) << count;
+    // The store holds a pattern of its own first, so that a filter left
+    // alone is told apart from one written.
+    const Utilities::Vector<QVSpectrum> before = Numbered(4, 10.0f);
+    for (unsigned long count : {0ul, 1ul, 2ul, 3ul}) {
+        SCOPED_TRACE(count);
+        ASSERT_EQ("no exception", SetUserFiltersFailure(before));
+        const Utilities::Vector<QVSpectrum> given = Numbered(count);
+        // The vector's own range error at index `count`, after filters 0 to
+        // count - 1 were stored.
+        EXPECT_EQ("ExceptionOutOfBound: vector index >= vector size", SetUserFiltersFailure(given));
+        for (unsigned long f = 0; f < 4; ++f) {
+            if (f < count) {
+                EXPECT_TRUE(UserFilterIs(f, given[f])) << f;
+            } else {
+                EXPECT_TRUE(UserFilterIs(f, before[f])) << f;
+            }
+        }
     }
+}
+
+TEST_F(DensityServiceTest, AnEmptyVectorOfUserFiltersLeavesTheDefaultStore)
+{
+    EXPECT_EQ(kRangeError, TestSupport::FailureText([] { DensityService::SetUserdefinedFilter(Numbered(0)); }));
+    EXPECT_TRUE(StoreIsDefault());
 }
 
 TEST_F(DensityServiceTest, NewUserFiltersTakeEffectWhenTheUserStandardIsSelectedAnew)
