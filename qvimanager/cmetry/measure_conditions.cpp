@@ -201,6 +201,9 @@ QVMeasureConditions::Initialisator::Initialisator() : SmartPointer<QVMeasureCond
     AddType(String("ColorSpaceDescription.LCHvq"), kLCHvqElements);
     AddType(String("ColorSpaceDescription.RGB"), kRGBElements);
     AddType(String("ColorSpaceDescription.CMYK"), kCMYKElements);
+    // The shared initial custom-conditions map is made here, at load time,
+    // so that no condition set allocates it later.
+    (void)InitialCustomConditions();
     // Last: the density calibration store starts neutral.
     DensityCalculator::InitializeDensityCalibration();
 }
@@ -234,9 +237,28 @@ QVMeasureConditions::QVMeasureConditions()
       deltaEFormula("CIELab"), physicalFilter(PhysicalFilterNo), vectorForm("AbsoluteVector"), customConditions(),
       userdefinedIllumination()
 {
-    // The custom conditions start as the switch "CustomCondition" set to
-    // "Disable". The map itself stays empty (no allocation) until the first
-    // custom entry is written; an empty map reads as that switch.
+    // The custom conditions start as the shared map of the switch
+    // "CustomCondition" set to "Disable" (see GetCustomConditions): nothing
+    // is allocated until the first custom entry is written.
+}
+
+const Map<String, String>& QVMeasureConditions::InitialCustomConditions()
+{
+    static const Map<String, String> initial = [] {
+        Map<String, String> map;
+        // A literal key: a static initialiser of another file may get here
+        // before this file's constant strings exist.
+        map[String("CustomCondition")] = String("Disable");
+        return map;
+    }();
+    return initial;
+}
+
+const Map<String, String>& QVMeasureConditions::GetCustomConditions() const
+{
+    // An own map is made by the first custom write and is never empty again
+    // (a Map removes nothing).
+    return customConditions.GetCount() == 0 ? InitialCustomConditions() : customConditions;
 }
 
 QVMeasureConditions::QVMeasureConditions(const QVMeasureConditions& other) = default;
@@ -294,13 +316,14 @@ void QVMeasureConditions::SetMeasureCondition(const String& key, const String& v
     } else if (key == kNumberOfDataPointsKey || key == kWavelengthMaxKey || key == kWavelengthMinKey) {
         // The grid is fixed: the value is neither checked nor kept.
     } else {
-        const MapIterator<String, String> switchEntry = customConditions.Find(kCustomConditionKey);
+        const MapIterator<String, String> switchEntry = GetCustomConditions().Find(kCustomConditionKey);
         const bool enabled = switchEntry.IsValid() && switchEntry.GetValue() == kEnable;
         if (!(key == kCustomConditionKey) && !enabled) {
             Raise("Modification not supported for key: %KEY%", "%KEY%", key);
         }
         if (customConditions.GetCount() == 0) {
-            customConditions[kCustomConditionKey] = String("Disable");
+            // The first write: the set takes its own copy of the map it held.
+            customConditions = InitialCustomConditions();
         }
         customConditions[key] = value;
     }
@@ -357,9 +380,10 @@ String QVMeasureConditions::GetMeasureCondition(const String& key) const
     if (key == kDeltaEFormulaKey) {
         return deltaEFormula;
     }
-    const MapIterator<String, String> switchEntry = customConditions.Find(kCustomConditionKey);
+    const Map<String, String>& custom = GetCustomConditions();
+    const MapIterator<String, String> switchEntry = custom.Find(kCustomConditionKey);
     if (switchEntry.IsValid() && switchEntry.GetValue() == kEnable) {
-        const MapIterator<String, String> entry = customConditions.Find(key);
+        const MapIterator<String, String> entry = custom.Find(key);
         if (entry.IsValid()) {
             return entry.GetValue();
         }

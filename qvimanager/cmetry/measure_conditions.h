@@ -209,7 +209,10 @@ class QVSpectrum;
 // codes 8, 9 and 10. Every parser and validator accepts "Undefined".
 //
 // "CustomCondition" is a further key: "Enable" opens a map of custom keys,
-// any other text closes it again (the map keeps what it holds).
+// any other text closes it again (the map keeps what it holds). The switch
+// is itself an entry of that map, which a fresh set holds as its only entry
+// with the value "Disable"; reading the key gives "Enable" when enabled and
+// "Undefined" otherwise, never "Disable".
 class QVMeasureConditions {
 public:
     // D65, TwoDegree, Automatic, DIN, Auto, CIELab, CIELab, No,
@@ -311,6 +314,15 @@ private:
 
     static Utilities::Map<Utilities::String, Utilities::Vector<Utilities::String>>& SupportedValuesTable();
 
+    // The custom-conditions map of this set: the switch "CustomCondition"
+    // and the custom keys, in the map's order. It always holds the switch:
+    // a fresh set holds exactly "CustomCondition" = "Disable".
+    const Utilities::Map<Utilities::String, Utilities::String>& GetCustomConditions() const;
+    // The one map that every set holds until its first custom entry is
+    // written: "CustomCondition" = "Disable" and nothing else. Made at load
+    // time, before the first condition set can read it.
+    static const Utilities::Map<Utilities::String, Utilities::String>& InitialCustomConditions();
+
     QVIllumination illumination;
     QVObserverTYPE observer;
     QVWhiteBaseTYPE whiteBase;
@@ -320,10 +332,12 @@ private:
     Utilities::String deltaEFormula;
     QVPhysicalFilterTYPE physicalFilter;
     Utilities::String vectorForm;
-    // The switch "CustomCondition" and the custom keys. Empty until the first
-    // custom entry is written, and then the switch comes first: an empty map
-    // reads as the switch set to "Disable", so that default construction and
-    // copies of a condition set allocate nothing for it.
+    // The set's own copy of its custom-conditions map, made by the first
+    // custom write: a copy of InitialCustomConditions() with the write
+    // applied, so the switch is its first insertion. While it is empty the
+    // set's map is the shared InitialCustomConditions(), so building and
+    // copying a condition set allocate nothing for it. Read it only through
+    // GetCustomConditions().
     Utilities::Map<Utilities::String, Utilities::String> customConditions;
     Utilities::SmartPointer<QVSpectrum> userdefinedIllumination;
 

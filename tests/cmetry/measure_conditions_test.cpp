@@ -773,6 +773,56 @@ TEST(QVMeasureConditionsCustom, TheSwitchReadsEnableOrUndefinedNeverDisable)
     EXPECT_EQ("Undefined", Read(conditions, kCustomConditionKey));
 }
 
+TEST(QVMeasureConditionsCustom, ASetHoldsTheSharedInitialMapUntilItsFirstCustomWrite)
+{
+    // Building and copying a set allocate nothing for its custom conditions:
+    // until a custom entry is written it holds the one initial map of the
+    // library, "CustomCondition" = "Disable".
+    const QVMeasureConditions fresh;
+    QVMeasureConditions copy(fresh);
+    QVMeasureConditions assigned;
+    assigned = fresh;
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(fresh));
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(copy));
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(assigned));
+    // A refused custom write changes nothing.
+    EXPECT_EQ("Modification not supported for key: Foo.Bar",
+              FailureText<ExceptionCMetry>([&] { Set(copy, "Foo.Bar", "x"); }));
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(copy));
+
+    // The first write gives the set a map of its own; the others keep the
+    // initial one, which still holds only the switch at "Disable".
+    Set(copy, kCustomConditionKey, "Enable");
+    EXPECT_FALSE(TestAccess::HoldsTheInitialCustomConditions(copy));
+    const Map<String, String>& own = TestAccess::CustomConditions(copy);
+    EXPECT_EQ(1UL, own.GetCount());
+    EXPECT_EQ("Enable", std::string(own.Find(String(kCustomConditionKey)).GetValue()));
+    const Map<String, String>& initial = TestAccess::CustomConditions(fresh);
+    EXPECT_EQ(1UL, initial.GetCount());
+    EXPECT_EQ("Disable", std::string(initial.Find(String(kCustomConditionKey)).GetValue()));
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(fresh));
+
+    // Writing the switch back to "Disable" keeps the own map.
+    Set(copy, kCustomConditionKey, "Disable");
+    EXPECT_FALSE(TestAccess::HoldsTheInitialCustomConditions(copy));
+    EXPECT_EQ("Disable", std::string(TestAccess::CustomConditions(copy).Find(String(kCustomConditionKey)).GetValue()));
+
+    // A copy of a set with its own map has its own copy of it.
+    Set(copy, kCustomConditionKey, "Enable");
+    Set(copy, "Foo.Bar", "x");
+    QVMeasureConditions second(copy);
+    EXPECT_FALSE(TestAccess::HoldsTheInitialCustomConditions(second));
+    EXPECT_NE(&TestAccess::CustomConditions(copy), &TestAccess::CustomConditions(second));
+    EXPECT_EQ(2UL, TestAccess::CustomConditions(second).GetCount());
+    Set(second, "Foo.Bar", "y");
+    EXPECT_EQ("x", Read(copy, "Foo.Bar"));
+    EXPECT_EQ("y", Read(second, "Foo.Bar"));
+    // Assigning a fresh set brings the initial map back.
+    second = fresh;
+    EXPECT_TRUE(TestAccess::HoldsTheInitialCustomConditions(second));
+    EXPECT_EQ("Undefined", Read(second, "Foo.Bar"));
+}
+
 TEST(QVMeasureConditionsCustom, ReadingAnUnknownKeyGivesUndefinedAndNeverRaises)
 {
     const QVMeasureConditions conditions;

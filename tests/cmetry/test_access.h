@@ -66,22 +66,18 @@ public:
     {
         conditions.SetWhiteBase(whiteBase);
     }
-    // The custom conditions as the condition set defines them: the switch
-    // "CustomCondition" (an empty map stands for "Disable") and the custom
-    // keys, in the map's order.
-    static Utilities::Map<Utilities::String, Utilities::String> CustomConditions(const QVMeasureConditions& conditions)
+    // The custom-conditions map the condition set holds, as the set itself
+    // reports it.
+    static const Utilities::Map<Utilities::String, Utilities::String>& CustomConditions(
+        const QVMeasureConditions& conditions)
     {
-        if (conditions.customConditions.GetCount() == 0) {
-            Utilities::Map<Utilities::String, Utilities::String> fresh;
-            fresh[Utilities::String("CustomCondition")] = Utilities::String("Disable");
-            return fresh;
-        }
-        return conditions.customConditions;
+        return conditions.GetCustomConditions();
     }
-    // Whether the map is still empty, that is, no custom entry was written.
-    static bool CustomConditionsUntouched(const QVMeasureConditions& conditions)
+    // Whether the set still holds the shared initial map, that is, no custom
+    // entry was written and it has no map of its own.
+    static bool HoldsTheInitialCustomConditions(const QVMeasureConditions& conditions)
     {
-        return conditions.customConditions.GetCount() == 0;
+        return &conditions.GetCustomConditions() == &QVMeasureConditions::InitialCustomConditions();
     }
     // The static table of supported values and element names.
     static const Utilities::Map<Utilities::String, Utilities::Vector<Utilities::String>>& SupportedValuesTable()
