@@ -1,7 +1,7 @@
 // The CGATS component: tokens, numbers, spectral field names, the row-by-row
 // reader on good and broken files, and the writer read back by the reader.
 
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 
 #include <gtest/gtest.h>
 

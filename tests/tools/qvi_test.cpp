@@ -4,7 +4,7 @@
 // conditions, the delta-e summary, densities, standard input, and outputs
 // pinned byte for byte.
 
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 
 #include <gtest/gtest.h>
 

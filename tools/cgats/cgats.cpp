@@ -1,4 +1,4 @@
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 
 #include <algorithm>
 #include <cctype>

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 #include "tools/qvi/output.h"
 
 namespace Qvi {

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "qvimanager/qvimanager.h"
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 #include "tools/qvi/input.h"
 #include "tools/qvi/output.h"
 

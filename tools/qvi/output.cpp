@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "tools/cgats/cgats.h"
+#include "cgats/cgats.h"
 
 namespace Qvi {
 
