@@ -5,6 +5,7 @@
 
 #include "qvimanager/cmetry/ardo_cmm_screen.h"
 #include "qvimanager/cmetry/calculator.h"
+#include "qvimanager/cmetry/ciede2000.h"
 #include "qvimanager/cmetry/cmetry_service.h"
 #include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/color_vector.h"
