@@ -1,0 +1,37 @@
+# The demo: qvi on the 24-patch chart samples, four tables, each after a
+# heading line that says what it is, with a blank line between tables.
+# Fails on the first qvi run that fails.
+#
+#   cmake -DQVI=<qvi> -DSAMPLE_DIR=<data/samples> -P qvi_demo.cmake
+#
+# Headings go through `cmake -E echo`, so they share the standard output of
+# the tables and keep their place among them.
+cmake_minimum_required(VERSION 3.25)
+
+set(first_table TRUE)
+
+# Prints the heading, then the table of `qvi ARGN`.
+function(table heading)
+  if(NOT first_table)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E echo "")
+  endif()
+  set(first_table FALSE PARENT_SCOPE)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E echo "${heading}")
+  execute_process(COMMAND "${QVI}" ${ARGN}
+    WORKING_DIRECTORY "${SAMPLE_DIR}"
+    RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    list(JOIN ARGN " " command)
+    message(FATAL_ERROR "qvi ${command} failed (${result})")
+  endif()
+endfunction()
+
+set(chart chart24_babelcolor_avg.cgats)
+table("CIELab of the 24 patches of ${chart} under D50, 2 degree observer:"
+  color ${chart} --illuminant D50 --format table)
+table("CIELab of the same patches under D65, 2 degree observer:"
+  color ${chart} --illuminant D65 --format table)
+table("CIE94 differences of chart24_ohta.cgats from ${chart}, tolerance 2:"
+  delta-e ${chart} chart24_ohta.cgats --formula 94 --tolerance 2 --format table)
+table("DIN densities of the patches of ${chart} relative to the white patch (19):"
+  density ${chart} --paper-white 19 --format table)
