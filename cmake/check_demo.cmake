@@ -8,10 +8,13 @@
 #         -DREADME=<README.md> -P check_demo.cmake
 cmake_minimum_required(VERSION 3.25)
 
+# Both streams, in the order written, as a terminal shows them: a note on
+# the standard error between a heading and its table counts.
 execute_process(
   COMMAND ${CMAKE_COMMAND} -DQVI=${QVI} -DSAMPLE_DIR=${SAMPLE_DIR} -P ${DEMO}
   RESULT_VARIABLE result
-  OUTPUT_VARIABLE output)
+  OUTPUT_VARIABLE output
+  ERROR_VARIABLE output)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "the demo failed (${result})")
 endif()
