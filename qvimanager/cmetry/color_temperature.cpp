@@ -188,26 +188,13 @@ float ColorTemperature::GetColorTemperature(const QVSpectrum& spectrum)
         break;
     }
     // Golden section in reciprocal temperature; a tie goes to the new point.
-    // Above about 26000 K neighbouring radiators can have the same float
-    // u, v: ties then move only the middle point, which can swing between
-    // two values for ever with a half of the bracket wider than the
-    // tolerance. A bracket that comes back to where it was two rounds before
-    // cannot narrow any more, and the search ends there as if converged; so
-    // does any search after kMaximumRounds rounds. A search that converges
-    // is not affected: it ends long before either.
-    constexpr int kMaximumRounds = 500;
-    float before[2][3] = {{-1.0f, -1.0f, -1.0f}, {-1.0f, -1.0f, -1.0f}};
-    rounds = 0;
+    // Where the bracket cannot narrow any more the search ends as if it had
+    // converged (see SearchEnd); a search that converges ends long before.
+    SearchEnd end;
     while (!(T[1] - T[0] <= Tolerance && T[2] - T[1] <= Tolerance)) {
-        if (rounds >= kMaximumRounds ||
-            (T[0] == before[1][0] && T[1] == before[1][1] && T[2] == before[1][2])) {
+        if (end.Reached(T)) {
             break;
         }
-        for (int i = 0; i < 3; ++i) {
-            before[1][i] = before[0][i];
-            before[0][i] = T[i];
-        }
-        ++rounds;
         float g = 1.0f / T[2] - 1.0f / T[1];
         float t = 1.0f / (1.0f / T[2] - 0.61803f * g);
         float d = distanceAt(t, ok);
@@ -229,10 +216,36 @@ float ColorTemperature::GetColorTemperature(const QVSpectrum& spectrum)
             D[0] = d;
         }
     }
+    rounds = end.Rounds();
     if (T[1] < MinTemperature || T[1] > MaxTemperature) {
         RaiseFailure();
     }
     return std::floor(T[Smallest(D)] + 0.5f);
+}
+
+bool ColorTemperature::SearchEnd::Reached(const float (&bracket)[3])
+{
+    // Ties move only the middle point: above about 13700 K neighbouring
+    // radiators can have the same float u, v, and the middle point can then
+    // swing between two values for ever with a half of the bracket wider
+    // than the tolerance. A bracket that comes back to where it was two
+    // rounds before is in such a swing (every distance is that of its
+    // temperature, so the rounds would repeat for ever).
+    if (rounds >= MaximumRounds ||
+        (bracket[0] == before[1][0] && bracket[1] == before[1][1] && bracket[2] == before[1][2])) {
+        return true;
+    }
+    for (int i = 0; i < 3; ++i) {
+        before[1][i] = before[0][i];
+        before[0][i] = bracket[i];
+    }
+    ++rounds;
+    return false;
+}
+
+int ColorTemperature::SearchEnd::Rounds() const
+{
+    return rounds;
 }
 
 Diagnostics::String ColorTemperature::GetValueString() const

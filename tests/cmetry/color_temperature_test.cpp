@@ -240,8 +240,8 @@ namespace {
 // Runs the search for the radiator of `temperature` in a fresh child process
 // with a watchdog: a search still running after three seconds (an ordinary
 // one takes well under a millisecond) ends the child with code 3. The child
-// exits with 0 when the result is within `tolerance` of the temperature.
-void SearchEndsNear(float temperature, float tolerance)
+// exits with 0 when the result is exactly `expected`.
+void SearchEndsAt(float temperature, float expected)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
@@ -254,7 +254,7 @@ void SearchEndsNear(float temperature, float tolerance)
             ColorTemperature search;
             const float found = search.GetColorTemperature(search.GetPlanckRadiator(temperature, Emission()));
             std::fprintf(stderr, "found %.1f K", static_cast<double>(found));
-            std::_Exit(std::fabs(found - temperature) <= tolerance ? 0 : 1);
+            std::_Exit(found == expected ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "found")
         << temperature << " K";
@@ -264,14 +264,16 @@ void SearchEndsNear(float temperature, float tolerance)
 
 TEST(ColorTemperaturePlanck, HotRadiatorsEndTheSearch)
 {
-    // Above about 26000 K neighbouring radiators can have the same float
+    // Above about 13700 K neighbouring radiators can have the same float
     // u, v, so their distances to the sample tie. A tie moves only the middle
     // point, never an end of the bracket; the middle point can then swing
     // between two values for ever with the bracket wider than 0.5 K. These
-    // three radiators meet that.
-    SearchEndsNear(67500.0f, 1.0f);
-    SearchEndsNear(101250.0f, 1.0f);
-    SearchEndsNear(341719.0f, 10.0f);
+    // radiators meet that; the search ends at the repeated bracket with its
+    // nearest point (see ABracketRepeatingItselfEndsTheSearch below).
+    SearchEndsAt(20067.0f, 20067.0f);
+    SearchEndsAt(67500.0f, 67500.0f);
+    SearchEndsAt(101250.0f, 101251.0f);
+    SearchEndsAt(341719.0f, 341724.0f);
 }
 
 TEST(ColorTemperaturePlanck, RadiatorsComeBackUnderTheTenDegreeObserverToo)
@@ -296,11 +298,14 @@ TEST(ColorTemperaturePlanck, ARadiatorGivenReflectiveConditionsIsStillEmissive)
 
 namespace {
 
+// How a search ended.
+enum class End { Tolerance, RepeatedBracket, MaximumRounds };
+
 // The search written out over the public radiator: the distance of
 // GetPlanckRadiatorXYZ's u, v to the target's, then the golden section with
 // the same bracket, stop rules and rounding. The library builds the
 // radiators of one search more cheaply; this is what it must come to.
-float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int& rounds)
+float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int& rounds, End& end)
 {
     QVMeasureConditions xyzConditions(spectrum.GetMeasureConditions());
     Set(xyzConditions, "ColorSpaceDescription.Type", "CIEXYZ");
@@ -337,8 +342,14 @@ float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int&
     }
     float before[2][3] = {{-1.0f, -1.0f, -1.0f}, {-1.0f, -1.0f, -1.0f}};
     rounds = 0;
+    end = End::Tolerance;
     while (!(T[1] - T[0] <= 0.5f && T[2] - T[1] <= 0.5f)) {
-        if (rounds >= 500 || (T[0] == before[1][0] && T[1] == before[1][1] && T[2] == before[1][2])) {
+        if (rounds >= 500) {
+            end = End::MaximumRounds;
+            break;
+        }
+        if (T[0] == before[1][0] && T[1] == before[1][1] && T[2] == before[1][2]) {
+            end = End::RepeatedBracket;
             break;
         }
         for (int i = 0; i < 3; ++i) {
@@ -368,6 +379,12 @@ float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int&
         }
     }
     return std::floor(T[smallest(D)] + 0.5f);
+}
+
+float ReferenceSearch(ColorTemperature& search, const QVSpectrum& spectrum, int& rounds)
+{
+    End end;
+    return ReferenceSearch(search, spectrum, rounds, end);
 }
 
 } // namespace
@@ -404,6 +421,121 @@ TEST(ColorTemperatureResult, IsTheSearchOverThePublicRadiatorStepForStep)
         EXPECT_EQ(expected, library.GetColorTemperature(spectra[i])) << i;
         EXPECT_EQ(rounds, TestAccess::Rounds(library)) << i;
     }
+}
+
+TEST(ColorTemperatureResult, ABracketRepeatingItselfEndsTheSearch)
+{
+    // Radiators whose search reaches a bracket equal to the one two rounds
+    // before, with a half still wider than 0.5 K: the rounds would repeat
+    // for ever. The search ends there and returns the nearest point of that
+    // bracket, rounded, as after a converged search.
+    struct Case {
+        float temperature;
+        const char* observer;
+        float expected;
+        int rounds;
+    };
+    const Case cases[] = {
+        {20067.0f, "TwoDegree", 20067.0f, 22},   {67500.0f, "TwoDegree", 67500.0f, 25},
+        {101250.0f, "TwoDegree", 101251.0f, 26}, {341719.0f, "TwoDegree", 341724.0f, 26},
+        {101250.0f, "TenDegree", 101251.0f, 24}, {341719.0f, "TenDegree", 341721.0f, 28},
+    };
+    ColorTemperature library;
+    ColorTemperature reference;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.temperature) + " K, " + c.observer);
+        const QVSpectrum radiator = library.GetPlanckRadiator(c.temperature, Emission(c.observer));
+        int rounds = 0;
+        End end = End::Tolerance;
+        EXPECT_EQ(c.expected, ReferenceSearch(reference, radiator, rounds, end));
+        EXPECT_EQ(End::RepeatedBracket, end);
+        EXPECT_EQ(c.rounds, rounds);
+        EXPECT_EQ(c.expected, library.GetColorTemperature(radiator));
+        EXPECT_EQ(c.rounds, TestAccess::Rounds(library));
+    }
+    // Their neighbours of round temperatures converge as designed.
+    int rounds = 0;
+    End end = End::RepeatedBracket;
+    EXPECT_EQ(20000.0f, ReferenceSearch(reference, library.GetPlanckRadiator(20000.0f, Emission()), rounds, end));
+    EXPECT_EQ(End::Tolerance, end);
+    EXPECT_EQ(20000.0f, library.GetColorTemperature(library.GetPlanckRadiator(20000.0f, Emission())));
+    EXPECT_EQ(20, TestAccess::Rounds(library));
+}
+
+TEST(ColorTemperatureResult, VioletLightEndsAtARepeatedBracketNearTheTop)
+{
+    // Light at 380 nm alone under the ten degree observer lies beyond the
+    // hot end of the locus: the distances near 1000000 K tie, and the search
+    // ends at a repeated bracket just below the top.
+    Values violet{};
+    violet[0] = 1.0f;
+    const QVSpectrum spectrum = Spectrum(violet, Emission("TenDegree"));
+    ColorTemperature library;
+    ColorTemperature reference;
+    int rounds = 0;
+    End end = End::Tolerance;
+    EXPECT_EQ(999987.0f, ReferenceSearch(reference, spectrum, rounds, end));
+    EXPECT_EQ(End::RepeatedBracket, end);
+    EXPECT_EQ(26, rounds);
+    EXPECT_EQ(999987.0f, library.GetColorTemperature(spectrum));
+    EXPECT_EQ(26, TestAccess::Rounds(library));
+}
+
+TEST(ColorTemperatureSearchEnd, ABracketEqualToTheOneTwoRoundsBeforeEnds)
+{
+    // A swing between two brackets: the third call sees the first again.
+    TestAccess::SearchEnd swing;
+    const float a[3] = {100000.0f, 100001.0f, 100003.0f};
+    const float b[3] = {100000.0f, 100002.0f, 100003.0f};
+    EXPECT_FALSE(swing.Reached(a));
+    EXPECT_FALSE(swing.Reached(b));
+    EXPECT_TRUE(swing.Reached(a));
+    EXPECT_EQ(2, swing.Rounds());
+    // A bracket that stays put ends at its third sight as well.
+    TestAccess::SearchEnd still;
+    EXPECT_FALSE(still.Reached(a));
+    EXPECT_FALSE(still.Reached(a));
+    EXPECT_TRUE(still.Reached(a));
+    EXPECT_EQ(2, still.Rounds());
+    // A bracket equal only to the one just before does not end the search.
+    TestAccess::SearchEnd back;
+    const float c[3] = {100000.0f, 100001.5f, 100003.0f};
+    EXPECT_FALSE(back.Reached(a));
+    EXPECT_FALSE(back.Reached(b));
+    EXPECT_FALSE(back.Reached(b));
+    EXPECT_FALSE(back.Reached(c));
+    EXPECT_EQ(4, back.Rounds());
+    // All three temperatures count: a bracket that differs from the one two
+    // rounds before in any one of them goes on.
+    const float lower[3] = {99999.0f, 100001.0f, 100003.0f};
+    const float middle[3] = {100000.0f, 100001.5f, 100003.0f};
+    const float upper[3] = {100000.0f, 100001.0f, 100004.0f};
+    for (const float(*third)[3] : {&lower, &middle, &upper}) {
+        TestAccess::SearchEnd end;
+        EXPECT_FALSE(end.Reached(a));
+        EXPECT_FALSE(end.Reached(b));
+        EXPECT_FALSE(end.Reached(*third));
+        EXPECT_EQ(3, end.Rounds());
+    }
+}
+
+TEST(ColorTemperatureSearchEnd, FiveHundredRoundsEndAnySearch)
+{
+    // A swing among three brackets never meets the one of two rounds
+    // before: the round count ends it after 500 rounds.
+    ASSERT_EQ(500, TestAccess::SearchEnd::MaximumRounds);
+    const float brackets[3][3] = {
+        {100000.0f, 100001.0f, 100003.0f}, {100000.0f, 100002.0f, 100003.0f}, {100000.0f, 100001.5f, 100003.0f}};
+    TestAccess::SearchEnd end;
+    int calls = 0;
+    while (!end.Reached(brackets[calls % 3]) && calls < 1000) {
+        ++calls;
+    }
+    EXPECT_EQ(500, calls);
+    EXPECT_EQ(500, end.Rounds());
+    // Once reached, it stays reached.
+    EXPECT_TRUE(end.Reached(brackets[0]));
+    EXPECT_EQ(500, end.Rounds());
 }
 
 TEST(ColorTemperatureResult, IsAlwaysAWholeNumber)

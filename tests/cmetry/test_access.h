@@ -219,6 +219,8 @@ public:
     {
         return search.rounds;
     }
+    // The end rule of the search, to be fed with brackets.
+    using SearchEnd = ColorTemperature::SearchEnd;
 
     // ------------------------------------------------------------ Lab2Spec
 
