@@ -57,6 +57,11 @@ public:
     // The translated English name of the colour class ("Undefined" when
     // there is none).
     static Utilities::String GetColorType(const QVSpectrum& spectrum);
+    // The correlated colour temperature in whole kelvin, by a fresh
+    // ColorTemperature search. A search whose bracket stops narrowing ends
+    // at a repeated bracket or after 500 rounds with its nearest point (see
+    // ColorTemperature); its "Calculation of ColorTemperature failed" passes
+    // through unchanged.
     static float GetColorTemperature(const QVSpectrum& spectrum);
     // A reflectance spectrum of the vector's Lab (tolerance 0.1 delta E, at
     // most 1000 rounds).

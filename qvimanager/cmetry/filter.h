@@ -45,9 +45,13 @@ public:
     ~Filter();
 
     // The value at the index. An index outside 0 to 35 raises
-    // ExceptionOutOfBound with "Filter::operator[]: index out of range".
+    // ExceptionOutOfBound with "Filter::operator[]: index out of range"
+    // instead of reading outside the values.
     float operator[](long index) const;
-    // Writable: the sum is recomputed on the next GetFilterSum.
+    // Writable: the sum is recomputed on the next GetFilterSum. An index
+    // outside 0 to 35 raises the same ExceptionOutOfBound ("Filter::
+    // operator[]: index out of range") before anything changes: the values
+    // and a valid sum stay as they were.
     float& operator[](long index);
 
     const float* GetFilterSpectrum() const;

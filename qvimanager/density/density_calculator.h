@@ -78,8 +78,13 @@ public:
                                  QVWhiteBaseTYPE whiteBase, QVDensity& out);
     // GetDensityVector, then on success density x slope + offset per filter
     // from the calibration cell of the spectrum's physical filter and the
-    // standard; the offset applies to white base "Abs" only. A standard
-    // outside 0 to 5 raises ExceptionOutOfBound (see the calibration store).
+    // standard; the offset applies to white base "Abs" only. The cell is
+    // read only after a successful GetDensityVector: a standard outside 0 to
+    // 5 (-1, "Undefined", among them) then raises ExceptionOutOfBound with
+    // "Density calibration: physical filter or density standard out of
+    // range", with `out` holding the uncalibrated densities and the filter
+    // set switched to that standard. A failed paper-white step gives false
+    // without reading the cell, so without raising.
     static bool GetDensityVectorWithSlope(const QVSpectrum& spectrum, QVDensityStdTYPE densityStandard,
                                           QVWhiteBaseTYPE whiteBase, QVDensity& out);
     // The filter a reading should be read through: the highest of the four
@@ -90,7 +95,10 @@ public:
     // GetDensityVectorWithSlope, then the density at `filter`, or at the
     // filter GetDensityFilter picks when autoFilter is true (written back to
     // `filter`). On failure density is 9.99 and filter -1: the only failure
-    // outputs of this class.
+    // outputs of this class. The calibration's range error for a standard
+    // outside 0 to 5 ("Density calibration: physical filter or density
+    // standard out of range") passes through with density and filter
+    // untouched.
     static bool GetDensity(const QVSpectrum& spectrum, QVDensityStdTYPE densityStandard, QVWhiteBaseTYPE whiteBase,
                            float& density, QVDensFilterTYPE& filter, bool autoFilter);
     // -log10 of each value (9.99 for a value of zero or less), after basing
@@ -114,7 +122,11 @@ public:
     // (Ds - Dt) / Ds, 0 for a solid density below the small density. The
     // only two-spectrum operation that applies the calibration. In mode 4
     // the tint's density spectrum uses the caller's white base but the
-    // solid's maximum density always uses paper white.
+    // solid's maximum density always uses paper white. Every mode but 4
+    // reads the calibration cell as GetDensityVectorWithSlope does: a
+    // standard outside 0 to 5 raises its ExceptionOutOfBound ("Density
+    // calibration: physical filter or density standard out of range") with
+    // `contrast` untouched; mode 4 reads no calibration and no standard.
     static bool GetContrast(const QVSpectrum& solid, const QVSpectrum& tint, QVDensityStdTYPE densityStandard,
                             QVWhiteBaseTYPE whiteBase, DensityFilterModeTYPE mode, float& contrast);
     // (Dop - D1) / D2 relative to paper white, 1.0 for a second-ink density
@@ -124,13 +136,18 @@ public:
     static bool GetTrapping(const QVDensity& firstInk, const QVDensity& secondInk, const QVDensity& overprint,
                             DensityFilterModeTYPE mode, float& trapping);
     // Weakest over strongest colour density, 1.0 when the strongest is below
-    // the small density.
+    // the small density. withSlope reads the calibration cell as
+    // GetDensityVectorWithSlope does: a standard outside 0 to 5 then raises
+    // its ExceptionOutOfBound ("Density calibration: physical filter or
+    // density standard out of range") with `greyness` untouched.
     static bool GetGreyness(const QVSpectrum& spectrum, QVDensityStdTYPE densityStandard, QVWhiteBaseTYPE whiteBase,
                             float& greyness, bool withSlope);
     // (middle - weakest) / (strongest - weakest) of the colour densities, 0
     // when the strongest is below the small density. Only the strongest is
     // guarded: three equal colour densities above it divide 0 by 0 and give
-    // NaN (float division; nothing traps).
+    // NaN (float division; nothing traps). withSlope reads the calibration
+    // as GetGreyness does, with the same range error for a standard outside
+    // 0 to 5 (`hueError` untouched).
     static bool GetHueError(const QVSpectrum& spectrum, QVDensityStdTYPE densityStandard, QVWhiteBaseTYPE whiteBase,
                             float& hueError, bool withSlope);
     // The densities of filters 1, 2 and 3 in descending order into
@@ -152,11 +169,14 @@ public:
 
     // The calibration store: slope (neutral 1.0) and offset (neutral 0.0) of
     // the four filter colours per physical filter (0 to 12) and density
-    // standard (0 to 5). It is neutral from library start. A cell outside
-    // those ranges raises ExceptionOutOfBound with "Density calibration:
-    // physical filter or density standard out of range" (it would address
-    // memory outside the store); a null value pointer raises
-    // ExceptionNullpointer with "Failed to access to nullpointer.".
+    // standard (0 to 5). It is neutral from library start. Every accessor
+    // below checks the cell first: a physical filter or standard outside
+    // those ranges (a standard of -1, "Undefined", among them) raises
+    // ExceptionOutOfBound with "Density calibration: physical filter or
+    // density standard out of range" (it would address memory outside the
+    // store) and reads or writes nothing. A cell inside them is checked
+    // before a null value pointer, which raises ExceptionNullpointer with
+    // "Failed to access to nullpointer.".
     static void InitializeDensityCalibration();
     static void ResetDensityCalibration(QVPhysicalFilterTYPE physicalFilter, const QVDensityStdTYPE& densityStandard);
     static const float* GetDensitySlope(QVPhysicalFilterTYPE physicalFilter, QVDensityStdTYPE densityStandard);

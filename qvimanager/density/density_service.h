@@ -18,6 +18,12 @@
 //   "Calculation of slur failed at Halftone " and the tint's index
 //                                     GetSlur
 //
+// Density standard "Undefined" addresses no cell of the calibration store:
+// where a call reads a cell (the calibrated density, the save of GetDotGain
+// and GetSlur, GetDensityCalibration) the store's ExceptionOutOfBound with
+// "Density calibration: physical filter or density standard out of range"
+// passes through, as each declaration below says.
+//
 // Not synchronised: it works on the process-wide paper white, filter set and
 // calibration store.
 
@@ -41,20 +47,29 @@ public:
 
     // The density under the conditions' standard, filter mode and white
     // base. Modes "Black" to "Yellow" read that filter; "Max" and "Auto"
-    // select the filter automatically. Calibration applies.
+    // select the filter automatically. Calibration applies: under density
+    // standard "Undefined" the calibration store has no cell, and once the
+    // white reference is there (or not needed) the store's
+    // ExceptionOutOfBound with "Density calibration: physical filter or
+    // density standard out of range" passes through.
     static float GetDensity(const QVSpectrum& spectrum, const QVMeasureConditions& conditions);
     // The name of the filter GetDensity reads ("Black", "Cyan", "Magenta",
-    // "Yellow"), with GetDensity's two failures.
+    // "Yellow"), with GetDensity's two failures and its range error under
+    // density standard "Undefined".
     static Utilities::String GetDensityFilterName(const QVSpectrum& spectrum, const QVMeasureConditions& conditions);
     // Murray-Davies dot area of the tint against the solid, relative to
     // paper white, in percent minus the nominal percentage. The calibration
     // cell of the conditions is neutral during the call and restored after
-    // success; after the failure it stays neutral.
+    // success; after the failure it stays neutral. Under density standard
+    // "Undefined" the cell cannot be saved: GetDensityCalibration's range
+    // error is raised first and nothing changes.
     static float GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid, const QVMeasureConditions& conditions,
                             float nominalPercent);
     // (n x largest area - sum of the areas) x 100 over the n tints; 0.0 for
     // one tint or none, without touching anything. The calibration is
-    // neutral during the call and restored on every path.
+    // neutral during the call and restored on every path. With two tints or
+    // more under density standard "Undefined", GetDensityCalibration's range
+    // error is raised first and nothing changes.
     static float GetSlur(const Utilities::Vector<QVSpectrum>& tints, const QVSpectrum& solid,
                          const QVMeasureConditions& conditions);
     // Installs a new paper white holding a copy of the spectrum.
@@ -75,8 +90,11 @@ public:
     // "Undefined" all 6 standards.
     static void SetDensityCalibration(const QVMeasureConditions& conditions, Calibration slope, Calibration offset);
     // Replaces both pointers with new four-value vectors read from the one
-    // cell of the conditions (no wildcards: a density standard "Undefined"
-    // raises the calibration store's range error).
+    // cell of the conditions. No wildcards: a density standard "Undefined"
+    // addresses no cell and raises the calibration store's
+    // ExceptionOutOfBound with "Density calibration: physical filter or
+    // density standard out of range", leaving both pointers as they were.
+    // (A physical filter "Undefined" is code 0, a row of its own.)
     static void GetDensityCalibration(const QVMeasureConditions& conditions, Calibration& slope,
                                       Calibration& offset);
 

@@ -102,10 +102,22 @@ TEST(QVColorVector, EqualityIsExactOnEveryComponent)
 
 TEST(QVColorVector, AxisOutsideZeroToThreeIsRefused)
 {
-    QVColorVector vector;
+    QVColorVector vector(1.0f, 2.0f, 3.0f, QVMeasureConditions());
+    vector[3] = 4.0f;
     const QVColorVector& constant = vector;
-    EXPECT_EQ("QVColorVector::operator[]: axis out of range", FailureText<ExceptionOutOfBound>([&] { vector[4] = 1.0f; }));
-    EXPECT_EQ("QVColorVector::operator[]: axis out of range", FailureText<ExceptionOutOfBound>([&] { (void)constant[-1]; }));
+    for (const short axis : {short(-1), short(4), short(5), short(32767), short(-32768)}) {
+        EXPECT_EQ("QVColorVector::operator[]: axis out of range",
+                  FailureText<ExceptionOutOfBound>([&] { vector[axis] = 9.0f; }))
+            << axis;
+        EXPECT_EQ("QVColorVector::operator[]: axis out of range",
+                  FailureText<ExceptionOutOfBound>([&] { (void)constant[axis]; }))
+            << axis;
+    }
+    // The components inside the range are as they were, through both forms.
+    for (short axis = 0; axis < 4; ++axis) {
+        EXPECT_EQ(static_cast<float>(axis + 1), constant[axis]) << axis;
+        EXPECT_EQ(static_cast<float>(axis + 1), vector[axis]) << axis;
+    }
 }
 
 TEST(QVColorVector, SubtractingItselfGivesZerosAndKeepsSpaceAndForm)

@@ -397,6 +397,8 @@ TEST(Filter, WritableIndexOutside0To35IsRefused)
             << index;
     }
     EXPECT_TRUE(SameBytes(values.data(), filter.GetFilterSpectrum(), kPoints));
+    // Nothing changed: the sum is still valid.
+    EXPECT_EQ("FilterSum: " + Rendered(ForwardFloatSum(values.data())), std::string(filter.GetValueString().c_str()));
     filter[0] = 1.0f;
     filter[35] = 2.0f;
     EXPECT_EQ(1.0f, filter.GetFilterSpectrum()[0]);

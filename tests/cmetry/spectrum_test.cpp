@@ -105,8 +105,14 @@ TEST(QVSpectrum, ShorterVectorIsRefused)
 TEST(QVSpectrum, IndexOutsideTheGridIsRefused)
 {
     const QVSpectrum spectrum = Ramp();
-    EXPECT_EQ("QVSpectrum::operator[]: index out of range", FailureText<ExceptionOutOfBound>([&] { (void)spectrum[36]; }));
-    EXPECT_EQ("QVSpectrum::operator[]: index out of range", FailureText<ExceptionOutOfBound>([&] { (void)spectrum[-1]; }));
+    for (const long index : {36L, -1L, 37L, 1000000L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
+        EXPECT_EQ("QVSpectrum::operator[]: index out of range",
+                  FailureText<ExceptionOutOfBound>([&] { (void)spectrum[index]; }))
+            << index;
+    }
+    // Both ends of the range read their values.
+    EXPECT_EQ(0.01f, spectrum[0]);
+    EXPECT_EQ(36.0f * 0.01f, spectrum[35]);
 }
 
 TEST(QVSpectrum, GetValuesGivesANewVectorOfThirtySix)

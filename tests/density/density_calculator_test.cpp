@@ -463,11 +463,35 @@ TEST_F(DensityCalculatorSlope, FailureLeavesTheAbsoluteDensitiesUncalibrated)
 
 TEST_F(DensityCalculatorSlope, StandardOutsideTheStoreIsRefused)
 {
+    const Values values = NarrowBand(0.5f, 0.1f, 0.25f, 0.8f);
+    for (int code : {-1, 6, 100}) {
+        SCOPED_TRACE(code);
+        const QVDensityStdTYPE standard = static_cast<QVDensityStdTYPE>(code);
+        const QVDensity uncalibrated = VectorOf(values, standard, kAbs);
+        DensityCalculator::asDensityFilter = DensityFilter();
+        QVDensity out;
+        EXPECT_EQ(kCellError, FailureText([&] {
+                      DensityCalculator::GetDensityVectorWithSlope(Spectrum(values), standard, kAbs, out);
+                  }));
+        // The densities were computed before the cell was looked up, under
+        // that standard.
+        ExpectSameDensities(uncalibrated, out);
+        EXPECT_EQ(standard, DensityCalculator::GetActDensityStdFilter().GetDensStd());
+    }
+}
+
+TEST_F(DensityCalculatorSlope, AFailedPaperWhiteStepReadsNoCellAndRaisesNothing)
+{
+    const Values values = NarrowBand(0.5f, 0.1f, 0.25f, 0.8f);
+    const QVDensity absolute = VectorOf(values, CMetry::DensityStdUndefined, kAbs);
     QVDensity out;
-    EXPECT_EQ(kCellError, FailureText([&] {
-                  DensityCalculator::GetDensityVectorWithSlope(Spectrum(Flat(0.5f)), static_cast<QVDensityStdTYPE>(6),
-                                                               kAbs, out);
+    bool result = true;
+    EXPECT_EQ("no exception", FailureText([&] {
+                  result = DensityCalculator::GetDensityVectorWithSlope(Spectrum(values), CMetry::DensityStdUndefined,
+                                                                        kPap, out);
               }));
+    EXPECT_FALSE(result);
+    ExpectSameDensities(absolute, out);
 }
 
 // ---------------------------------------------------------------- GetDensityFilter
@@ -592,6 +616,33 @@ TEST_F(DensityCalculatorDensity, FilterFourOrMoreRaisesTheRangeError)
     EXPECT_EQ(kRangeError, FailureText([&] {
                   DensityCalculator::GetDensity(Spectrum(Flat(0.5f)), kNarrow, kAbs, density, filter, false);
               }));
+}
+
+TEST_F(DensityCalculatorDensity, StandardOutsideTheStoreRaisesWithDensityAndFilterUntouched)
+{
+    const QVSpectrum spectrum = Spectrum(NarrowBand(0.8f, 0.1f, 0.8f, 0.8f));
+    for (bool autoFilter : {true, false}) {
+        float density = 0.5f;
+        QVDensFilterTYPE filter = CMetry::DensFilterMagenta;
+        EXPECT_EQ(kCellError, FailureText([&] {
+                      DensityCalculator::GetDensity(spectrum, CMetry::DensityStdUndefined, kAbs, density, filter,
+                                                    autoFilter);
+                  }));
+        EXPECT_EQ(0.5f, density);
+        EXPECT_EQ(CMetry::DensFilterMagenta, filter);
+    }
+    // Without a paper white the vector fails first: the failure outputs, no
+    // exception.
+    float density = 0.5f;
+    QVDensFilterTYPE filter = CMetry::DensFilterMagenta;
+    bool result = true;
+    EXPECT_EQ("no exception", FailureText([&] {
+                  result = DensityCalculator::GetDensity(spectrum, CMetry::DensityStdUndefined, kPap, density, filter,
+                                                         true);
+              }));
+    EXPECT_FALSE(result);
+    EXPECT_EQ(9.99f, density);
+    EXPECT_EQ(-1, static_cast<int>(filter));
 }
 
 // ---------------------------------------------------------------- GetDensitySpectrum
@@ -994,6 +1045,34 @@ TEST_F(DensityCalculatorContrast, FailsWithoutPaperWhiteAndLeavesTheContrast)
     }
 }
 
+TEST_F(DensityCalculatorContrast, StandardOutsideTheStoreRaisesInEveryModeButFour)
+{
+    InstallPaperWhite(Flat(kPaper));
+    const QVSpectrum solid = Spectrum(OnPaper(0.1f, 0.1f, 0.1f));
+    const QVSpectrum tint = Spectrum(OnPaper(0.5f, 0.5f, 0.5f));
+    for (DensityFilterModeTYPE mode : {kModeBlack, kModeCyan, kModeMagenta, kModeYellow, kModeAuto}) {
+        for (QVWhiteBaseTYPE whiteBase : {kAbs, kPap}) {
+            SCOPED_TRACE(std::to_string(mode) + " " + std::to_string(whiteBase));
+            float contrast = -7.0f;
+            EXPECT_EQ(kCellError, FailureText([&] {
+                          DensityCalculator::GetContrast(solid, tint, CMetry::DensityStdUndefined, whiteBase, mode,
+                                                         contrast);
+                      }));
+            EXPECT_EQ(-7.0f, contrast);
+        }
+    }
+    // Mode 4 reads no calibration and no standard: the same contrast as
+    // under any standard.
+    float expected = -7.0f;
+    ASSERT_TRUE(DensityCalculator::GetContrast(solid, tint, kNarrow, kAbs, kModeMax, expected));
+    float contrast = -7.0f;
+    EXPECT_EQ("no exception", FailureText([&] {
+                  EXPECT_TRUE(DensityCalculator::GetContrast(solid, tint, CMetry::DensityStdUndefined, kAbs, kModeMax,
+                                                             contrast));
+              }));
+    EXPECT_EQ(expected, contrast);
+}
+
 TEST_F(DensityCalculatorContrast, ModeSixRaisesTheRangeError)
 {
     const QVSpectrum solid = Spectrum(NarrowBand(0.8f, 0.1f, 0.8f, 0.8f));
@@ -1181,6 +1260,20 @@ TEST_F(DensityCalculatorGreyness, FailsWithoutPaperWhiteAndLeavesTheGreyness)
 
 // ---------------------------------------------------------------- GetHueError
 
+TEST_F(DensityCalculatorGreyness, WithSlopeAStandardOutsideTheStoreRaises)
+{
+    const QVSpectrum spectrum = Spectrum(NarrowBand(0.5f, 0.1f, 0.25f, 0.8f));
+    float greyness = -7.0f;
+    EXPECT_EQ(kCellError, FailureText([&] {
+                  DensityCalculator::GetGreyness(spectrum, CMetry::DensityStdUndefined, kAbs, greyness, true);
+              }));
+    EXPECT_EQ(-7.0f, greyness);
+    // Without the calibration the standard is only a filter set: no colour
+    // filters, every colour reads no light, and the ratio is 1.
+    EXPECT_TRUE(DensityCalculator::GetGreyness(spectrum, CMetry::DensityStdUndefined, kAbs, greyness, false));
+    EXPECT_EQ(1.0f, greyness);
+}
+
 TEST_F(DensityCalculatorHueError, MiddleMinusWeakestOverStrongestMinusWeakest)
 {
     const QVSpectrum spectrum = Spectrum(NarrowBand(0.05f, 0.1f, 0.25f, 0.5f));
@@ -1229,6 +1322,19 @@ TEST_F(DensityCalculatorHueError, WithSlopeUsesTheCalibratedDensities)
     const float y = Density(0.5f) + 0.125f;
     // Sorted: magenta, cyan, yellow.
     EXPECT_EQ((c - y) / (m - y), hueError);
+}
+
+TEST_F(DensityCalculatorHueError, WithSlopeAStandardOutsideTheStoreRaises)
+{
+    const QVSpectrum spectrum = Spectrum(NarrowBand(0.5f, 0.1f, 0.25f, 0.8f));
+    float hueError = -7.0f;
+    EXPECT_EQ(kCellError, FailureText([&] {
+                  DensityCalculator::GetHueError(spectrum, CMetry::DensityStdUndefined, kAbs, hueError, true);
+              }));
+    EXPECT_EQ(-7.0f, hueError);
+    EXPECT_EQ("no exception", FailureText([&] {
+                  DensityCalculator::GetHueError(spectrum, CMetry::DensityStdUndefined, kAbs, hueError, false);
+              }));
 }
 
 TEST_F(DensityCalculatorHueError, FailsWithoutPaperWhiteAndLeavesTheHueError)
@@ -1751,6 +1857,30 @@ TEST_F(DensityCalculatorCalibration, CellOutsideTheStoreRaises)
                   FailureText([&] { DensityCalculator::SetDensitySlope(physical, standard, values.data()); }));
         EXPECT_EQ(kCellError,
                   FailureText([&] { DensityCalculator::SetDensityOffset(physical, standard, values.data()); }));
+    }
+    // The cell is checked before the value pointer, and a refused call
+    // changes nothing: the store stays neutral, the values as they were.
+    EXPECT_EQ(kCellError, FailureText([] {
+                  DensityCalculator::SetDensitySlope(CMetry::PhysicalFilterNo, CMetry::DensityStdUndefined, nullptr);
+              }));
+    EXPECT_EQ(kCellError, FailureText([] {
+                  DensityCalculator::GetDensityOffset(CMetry::PhysicalFilterNo, static_cast<QVDensityStdTYPE>(6),
+                                                      nullptr);
+              }));
+    std::array<float, 4> untouched = {7.0f, 7.0f, 7.0f, 7.0f};
+    EXPECT_EQ(kCellError, FailureText([&] {
+                  DensityCalculator::GetDensitySlope(CMetry::PhysicalFilterNo, CMetry::DensityStdUndefined,
+                                                     untouched.data());
+              }));
+    EXPECT_EQ(7.0f, untouched[0]);
+    EXPECT_EQ(7.0f, untouched[3]);
+    for (int physical = 0; physical < DensityCalculator::PhysicalFilterCount; ++physical) {
+        for (int standard = 0; standard < DensityCalculator::DensityStandardCount; ++standard) {
+            for (int filter = 0; filter < 4; ++filter) {
+                EXPECT_EQ(1.0f, DensityCalculator::asDensitySlopeArray[physical][standard][filter]);
+                EXPECT_EQ(0.0f, DensityCalculator::asDensityOffsetArray[physical][standard][filter]);
+            }
+        }
     }
     // The corners of the store are inside.
     EXPECT_EQ("no exception", FailureText([&] {

@@ -59,6 +59,7 @@ const char* const kMissingWhite = "Missing WhiteReference";
 const char* const kDensityFailed = "Calculation of Density failed";
 const char* const kDotGainFailed = "Calculation of dot gain failed";
 const char* const kRangeError = "vector index >= vector size";
+const char* const kCellError = "Density calibration: physical filter or density standard out of range";
 
 // -log10(0.8): the density of the 0.8 background of the patches.
 constexpr double kBackground = 0.09691001300805639;
@@ -456,6 +457,24 @@ TEST_F(DensityServiceOnPaper, FilterNameOnPaper)
                                           MagentaPatch(), Conditions("Paper", "DINNB", "Auto"))));
 }
 
+TEST_F(DensityServiceTest, AnUndefinedStandardHasNoCalibrationCell)
+{
+    // The reading is calibrated, and density standard "Undefined" addresses
+    // no cell of the store: its range error passes through.
+    const QVMeasureConditions undefined = Absolute("Cyan", "Undefined");
+    EXPECT_EQ(kCellError, TestSupport::FailureText([&] { DensityService::GetDensity(CyanPatch(), undefined); }));
+    EXPECT_EQ(kCellError,
+              TestSupport::FailureText([&] { DensityService::GetDensityFilterName(CyanPatch(), undefined); }));
+    // A missing paper white is found first.
+    const QVMeasureConditions onPaper = Conditions("Paper", "Undefined", "Cyan");
+    EXPECT_EQ(kMissingWhite, ServiceFailure([&] { DensityService::GetDensity(CyanPatch(), onPaper); }));
+    EXPECT_EQ(kMissingWhite, ServiceFailure([&] { DensityService::GetDensityFilterName(CyanPatch(), onPaper); }));
+    DensityService::SetPaperWhite(Flat(0.8f));
+    EXPECT_EQ(kCellError, TestSupport::FailureText([&] { DensityService::GetDensity(CyanPatch(), onPaper); }));
+    EXPECT_EQ(kCellError,
+              TestSupport::FailureText([&] { DensityService::GetDensityFilterName(CyanPatch(), onPaper); }));
+}
+
 // ---------------------------------------------------------------- GetDotGain
 //
 // Paper white 0.8, DINNB, cyan. The solid holds 0.08 at 620 nm: relative to
@@ -578,9 +597,15 @@ TEST_F(DensityServiceOnPaper, DotGainUnderAnUndefinedPhysicalFilterSpreadsRowZer
 
 TEST_F(DensityServiceOnPaper, DotGainUnderAnUndefinedStandardRaisesTheStoresRangeError)
 {
-    // The calibration of that cell cannot be read.
-    EXPECT_THROW(DensityService::GetDotGain(HalfTint(), Solid(), Absolute("Cyan", "Undefined"), 40.0f),
-                 Utilities::ExceptionOutOfBound);
+    // The calibration of that cell cannot be saved: the store's range error
+    // comes first, and no cell is touched.
+    DensityService::SetDensityCalibration(Absolute("Cyan", "Undefined"), TestSlope(), TestOffset());
+    EXPECT_EQ(kCellError, TestSupport::FailureText([] {
+                  DensityService::GetDotGain(HalfTint(), Solid(), Absolute("Cyan", "Undefined"), 40.0f);
+              }));
+    for (int standard = 0; standard < DensityCalculator::DensityStandardCount; ++standard) {
+        EXPECT_TRUE(CellIs(CMetry::PhysicalFilterNo, Standard(standard), kTestSlope, kTestOffset)) << standard;
+    }
 }
 
 // ---------------------------------------------------------------- GetSlur
@@ -603,6 +628,17 @@ TEST_F(DensityServiceTest, SlurOfNoTintOrOneTintIsZeroWithoutTouchingAnything)
     EXPECT_EQ(0.0f, slur);
     EXPECT_EQ(0.0f, DensityService::GetSlur(Tints({HalfTint()}), Solid(), Absolute("Cyan")));
     EXPECT_TRUE(CellIs(CMetry::PhysicalFilterNo, CMetry::DensityStdDINNB, kTestSlope, kTestOffset));
+}
+
+TEST_F(DensityServiceOnPaper, SlurOfTwoTintsUnderAnUndefinedStandardRaisesTheStoresRangeError)
+{
+    DensityService::SetDensityCalibration(Absolute("Cyan", "Undefined"), TestSlope(), TestOffset());
+    EXPECT_EQ(kCellError, TestSupport::FailureText([] {
+                  DensityService::GetSlur(Tints({HalfTint(), DarkTint()}), Solid(), Absolute("Cyan", "Undefined"));
+              }));
+    for (int standard = 0; standard < DensityCalculator::DensityStandardCount; ++standard) {
+        EXPECT_TRUE(CellIs(CMetry::PhysicalFilterNo, Standard(standard), kTestSlope, kTestOffset)) << standard;
+    }
 }
 
 TEST_F(DensityServiceOnPaper, SlurOfEqualAreasIsZero)
@@ -956,9 +992,22 @@ TEST_F(DensityServiceTest, GetDensityCalibrationHasNoWildcards)
     DensityService::GetDensityCalibration(Conditions("Absolute", "DIN", "Cyan", "Undefined"), slope, offset);
     EXPECT_EQ(3.0f, (*slope)[0]);
     EXPECT_EQ(0.5f, (*offset)[2]);
-    // An undefined density standard addresses no cell.
-    EXPECT_THROW(DensityService::GetDensityCalibration(Absolute("Cyan", "Undefined"), slope, offset),
-                 Utilities::ExceptionOutOfBound);
+    // An undefined density standard addresses no cell: the store's range
+    // error, and both pointers stay as they were.
+    const Utilities::Vector<float>* slopeBefore = &*slope;
+    const Utilities::Vector<float>* offsetBefore = &*offset;
+    EXPECT_EQ(kCellError, TestSupport::FailureText([&] {
+                  DensityService::GetDensityCalibration(Absolute("Cyan", "Undefined"), slope, offset);
+              }));
+    EXPECT_EQ(slopeBefore, &*slope);
+    EXPECT_EQ(offsetBefore, &*offset);
+    EXPECT_EQ(3.0f, (*slope)[0]);
+    EXPECT_EQ(0.5f, (*offset)[2]);
+    Calibration empty;
+    EXPECT_EQ(kCellError, TestSupport::FailureText([&] {
+                  DensityService::GetDensityCalibration(Absolute("Cyan", "Undefined"), empty, empty);
+              }));
+    EXPECT_FALSE(empty.IsValid());
 }
 
 TEST(DensityStaticClasses, ValueStringsAreEmpty)
