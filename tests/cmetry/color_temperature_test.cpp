@@ -453,7 +453,7 @@ TEST(ColorTemperatureResult, ABracketRepeatingItselfEndsTheSearch)
         EXPECT_EQ(c.expected, library.GetColorTemperature(radiator));
         EXPECT_EQ(c.rounds, TestAccess::Rounds(library));
     }
-    // Their neighbours of round temperatures converge as designed.
+    // A neighbour of round temperature converges within the tolerance.
     int rounds = 0;
     End end = End::RepeatedBracket;
     EXPECT_EQ(20000.0f, ReferenceSearch(reference, library.GetPlanckRadiator(20000.0f, Emission()), rounds, end));
