@@ -105,7 +105,8 @@ TEST(QVSpectrum, ShorterVectorIsRefused)
 TEST(QVSpectrum, IndexOutsideTheGridIsRefused)
 {
     const QVSpectrum spectrum = Ramp();
-    for (const long index : {36L, -1L, 37L, 1000000L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
+    for (const long index :
+         {36L, -1L, 37L, 1000000L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()}) {
         EXPECT_EQ("QVSpectrum::operator[]: index out of range",
                   FailureText<ExceptionOutOfBound>([&] { (void)spectrum[index]; }))
             << index;
