@@ -369,6 +369,21 @@ TEST(CgatsParseNumber, GarbageIsNoNumber)
 }
 
 // A measurement value is a finite decimal: the words "inf" and "nan" are text.
+// A number too large for a double is written as a number all the same:
+// the difference between "out of range" and "not a number".
+TEST(CgatsIsWrittenNumber, TellsNumbersOutOfRangeFromWords)
+{
+    for (const char* number : {"1e400", "-1e400", "1e-400", "0.5", "5", ",5", "5.", "+1,5E+03", "-0", "1e39"}) {
+        EXPECT_TRUE(Cgats::IsWrittenNumber(number)) << number;
+    }
+    for (const char* word : {"", "-", "+", ".", "e5", "1e", "1e+", "inf", "nan", "0x10", "1.2.3", "1 2", "--1",
+                             "0.5x", "1e5.5"}) {
+        EXPECT_FALSE(Cgats::IsWrittenNumber(word)) << word;
+    }
+    double value;
+    EXPECT_FALSE(Cgats::ParseNumber("1e400", value));
+}
+
 TEST(CgatsParseNumber, InfinityAndNotANumberAreNoNumbers)
 {
     for (const char* text : {"inf", "-inf", "+inf", "infinity", "INF", "nan", "NaN", "-nan"}) {
@@ -520,6 +535,31 @@ TEST(CgatsReader, CrlfLineEnds)
     EXPECT_EQ(lf.formatLine, table.formatLine);
     ASSERT_EQ(2u, table.rows.size());
     EXPECT_EQ("0.02", table.rows[1][2]);
+}
+
+// A byte-order mark before the first line, as editors write UTF-8, is no
+// part of the identifier; the same bytes elsewhere are kept.
+TEST(CgatsReader, ByteOrderMarkBeforeTheFirstLine)
+{
+    const Table plain = ReadText(kSmall);
+    const Table marked = ReadText("\xEF\xBB\xBF" + std::string(kSmall));
+    EXPECT_EQ("CGATS.17", marked.identifier);
+    EXPECT_EQ(plain.keywords, marked.keywords);
+    EXPECT_EQ(plain.rows, marked.rows);
+    EXPECT_EQ(plain.lines, marked.lines);
+    const Table blankFirst = ReadText("\xEF\xBB\xBF\n" + std::string(kSmall));
+    EXPECT_EQ("CGATS.17", blankFirst.identifier);
+    const Table inName = ReadText("CGATS.17\nBEGIN_DATA_FORMAT\nA B\nEND_DATA_FORMAT\nBEGIN_DATA\n1 "
+                                  "\"\xEF\xBB\xBFx\"\n");
+    ASSERT_EQ(1u, inName.rows.size());
+    EXPECT_EQ("\xEF\xBB\xBFx", inName.rows[0][1]);
+}
+
+TEST(CgatsReader, TabInsideAQuotedValue)
+{
+    const Table table = ReadText("CGATS.17\nBEGIN_DATA_FORMAT\nA B\nEND_DATA_FORMAT\nBEGIN_DATA\n1\t\"a\tb\"\n");
+    ASSERT_EQ(1u, table.rows.size());
+    EXPECT_EQ("a\tb", table.rows[0][1]);
 }
 
 TEST(CgatsReader, CrlfWithoutFinalLineEnd)
@@ -873,7 +913,9 @@ TEST(CgatsQuote, QuotesAndReplacesWhatWouldBreakTheLine)
     EXPECT_EQ("\"plain\"", Cgats::Quote("plain"));
     EXPECT_EQ("\"\"", Cgats::Quote(""));
     EXPECT_EQ("\"say 'hi'\"", Cgats::Quote("say \"hi\""));
-    EXPECT_EQ("\"a b c d\"", Cgats::Quote("a\tb\nc\rd"));
+    // A tab stays inside the quotes, where the reader keeps it; line ends
+    // cannot.
+    EXPECT_EQ("\"a\tb c d\"", Cgats::Quote("a\tb\nc\rd"));
 }
 
 TEST(CgatsWriter, WritesTheLayout)
@@ -962,11 +1004,11 @@ TEST(CgatsWriter, RoundTrip)
     ASSERT_EQ(rows.size(), table.rows.size());
     for (std::size_t r = 0; r < rows.size(); ++r) {
         Strings expected = rows[r];
-        // Text loses what a line cannot hold: tabs become blanks, double
-        // quotes single ones.
+        // Text loses what a quoted value cannot hold: double quotes become
+        // single ones. A tab stays.
         for (std::string& value : expected) {
             for (char& c : value) {
-                c = c == '\t' ? ' ' : c == '"' ? '\'' : c;
+                c = c == '"' ? '\'' : c;
             }
         }
         EXPECT_EQ(expected, table.rows[r]) << "row " << r;

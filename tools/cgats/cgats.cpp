@@ -246,6 +246,40 @@ bool ParseNumber(std::string_view text, double& value, float& singleValue, bool&
     return true;
 }
 
+bool IsWrittenNumber(std::string_view text)
+{
+    std::size_t i = 0;
+    const std::size_t n = text.size();
+    const auto digits = [&] {
+        const std::size_t start = i;
+        while (i < n && text[i] >= '0' && text[i] <= '9') {
+            ++i;
+        }
+        return i - start;
+    };
+    if (i < n && (text[i] == '+' || text[i] == '-')) {
+        ++i;
+    }
+    std::size_t count = digits();
+    if (i < n && (text[i] == '.' || text[i] == ',')) {
+        ++i;
+        count += digits();
+    }
+    if (count == 0) {
+        return false;
+    }
+    if (i < n && (text[i] == 'e' || text[i] == 'E')) {
+        ++i;
+        if (i < n && (text[i] == '+' || text[i] == '-')) {
+            ++i;
+        }
+        if (digits() == 0) {
+            return false;
+        }
+    }
+    return i == n;
+}
+
 int SpectralWavelength(std::string_view field)
 {
     std::string name = Upper(field);
@@ -391,6 +425,10 @@ bool Reader::ReadLine()
         return false;
     }
     ++lineNumber;
+    if (lineNumber == 1 && buffer.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        // A UTF-8 byte-order mark, as some editors write it.
+        buffer.erase(0, 3);
+    }
     if (!buffer.empty() && buffer.back() == '\r') {
         buffer.pop_back();
     }
@@ -432,7 +470,7 @@ std::string Quote(std::string_view text)
 {
     std::string quoted = "\"";
     for (char c : text) {
-        quoted += c == '"' ? '\'' : (c == '\n' || c == '\r' || c == '\t') ? ' ' : c;
+        quoted += c == '"' ? '\'' : (c == '\n' || c == '\r') ? ' ' : c;
     }
     quoted += '"';
     return quoted;

@@ -6,9 +6,10 @@
 // A file is a first line that names it ("CGATS.17", "CTI3", ...), header
 // lines of a keyword and a value, a BEGIN_DATA_FORMAT ... END_DATA_FORMAT
 // block of field names, and a BEGIN_DATA ... END_DATA block of one row per
-// line. The reader accepts what real files contain: comment lines ("#"),
-// quoted strings with blanks, unknown keywords, tabs or spaces, CRLF line
-// ends, fields in any order and extra fields. It reads one line at a time,
+// line. The reader accepts what real files contain: a UTF-8 byte-order
+// mark, comment lines ("#"), quoted strings with blanks or tabs, unknown
+// keywords, tabs or spaces, CRLF line ends, fields in any order and extra
+// fields. It reads one line at a time,
 // so a file of any size takes the memory of one row.
 //
 // Every failure raises Cgats::Error with the file name and line number
@@ -101,6 +102,12 @@ bool ParseNumber(std::string_view text, float& value);
 // 1e39). A plain decimal is read once for both.
 bool ParseNumber(std::string_view text, double& value, float& singleValue, bool& single);
 
+// True when the text is written as a decimal number ([+-]digits, an
+// optional point or comma with digits, an optional exponent), whatever its
+// magnitude: a text that ParseNumber refuses although this holds is a
+// number out of range, as 1e400.
+bool IsWrittenNumber(std::string_view text);
+
 // The wavelength in nm that a field name stands for: "SPECTRAL_NM380",
 // "SPECTRAL_NM_380", "SPECTRAL_380", "NM380", "nm380" (any case) give 380;
 // any other name gives 0.
@@ -126,7 +133,8 @@ private:
     std::ostream& output;
 };
 
-// Quotes text for a CGATS file (inner double quotes become single quotes).
+// Quotes text for a CGATS file: inner double quotes become single quotes
+// and line ends blanks; a tab stays (the reader keeps it inside quotes).
 std::string Quote(std::string_view text);
 
 } // namespace Cgats
