@@ -4,824 +4,13 @@
 // conditions, the delta-e summary, densities, standard input, and outputs
 // pinned byte for byte.
 
-#include "cgats/cgats.h"
+#include "tests/tools/qvi_harness.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <pty.h>
-#include <functional>
-#include <map>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <utility>
-#include <vector>
-
 namespace {
 
-namespace fs = std::filesystem;
-
-using Strings = std::vector<std::string>;
-
-const std::string kQvi = QVI_EXECUTABLE;
-const std::string kSamples = QVIMANAGER_SAMPLE_DIR;
-const std::string kExpected = QVI_EXPECTED_DIR;
-
-const std::string kChart = "chart24_babelcolor_avg.cgats";
-const std::string kOtherChart = "chart24_ohta.cgats";
-const std::string kIlluminants = "illuminants_cie_spd.cgats";
-const std::string kChips = "munsell_matt_1269.cgats";
-
-// ------------------------------------------------------------ small helpers
-
-std::string ReadFile(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-void WriteFile(const std::string& path, const std::string& text)
-{
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    ASSERT_TRUE(file.good()) << path;
-}
-
-bool StartsWith(const std::string& text, const std::string& prefix)
-{
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-Strings Lines(const std::string& text)
-{
-    Strings lines;
-    std::istringstream input(text);
-    for (std::string line; std::getline(input, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-// The 1-based number of the first line that is `line`, or 0.
-std::size_t LineNumber(const std::string& text, const std::string& line)
-{
-    const Strings lines = Lines(text);
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        std::string candidate = lines[i];
-        if (!candidate.empty() && candidate.back() == '\r') {
-            candidate.pop_back();
-        }
-        if (candidate == line) {
-            return i + 1;
-        }
-    }
-    return 0;
-}
-
-double Number(const std::string& text)
-{
-    std::size_t used = 0;
-    const double value = std::stod(text, &used);
-    if (used != text.size()) {
-        throw std::invalid_argument("not a number: " + text);
-    }
-    return value;
-}
-
-// CIE lightness of a luminance factor (Y / Yn).
-double Lightness(double y)
-{
-    const double epsilon = 216.0 / 24389.0;
-    const double f = y > epsilon ? std::cbrt(y) : (24389.0 / 27.0 * y + 16.0) / 116.0;
-    return 116.0 * f - 16.0;
-}
-
-// ---------------------------------------------------------- running qvi
-
-struct Outcome {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome)
-{
-    return stream << "status " << outcome.status << "\n--- stdout ---\n"
-                  << outcome.out.substr(0, 2000) << "\n--- stderr ---\n"
-                  << outcome.err;
-}
-
-int TemporaryFile(std::string& path)
-{
-    std::string pattern = (fs::temp_directory_path() / "qvi-test-XXXXXX").string();
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
-    const int descriptor = mkstemp(name.data());
-    path = name.data();
-    return descriptor;
-}
-
-// Runs qvi with `arguments` in `directory`, standard input read from the
-// file `input`; standard output and error are caught in files.
-Outcome Qvi(const Strings& arguments, const std::string& directory = kSamples,
-            const std::string& input = "/dev/null")
-{
-    Outcome outcome;
-    std::string outPath;
-    std::string errPath;
-    const int out = TemporaryFile(outPath);
-    const int err = TemporaryFile(errPath);
-    const int in = open(input.c_str(), O_RDONLY);
-    if (out < 0 || err < 0 || in < 0) {
-        ADD_FAILURE() << "cannot prepare the files of a qvi run";
-        return outcome;
-    }
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (chdir(directory.c_str()) != 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
-            dup2(err, STDERR_FILENO) < 0) {
-            _exit(126);
-        }
-        execv(kQvi.c_str(), argv.data());
-        _exit(127);
-    }
-    int status = 0;
-    if (child < 0) {
-        ADD_FAILURE() << "fork failed";
-    } else {
-        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-        }
-        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    close(in);
-    close(out);
-    close(err);
-    outcome.out = ReadFile(outPath);
-    outcome.err = ReadFile(errPath);
-    std::remove(outPath.c_str());
-    std::remove(errPath.c_str());
-    return outcome;
-}
-
-// A run that must succeed: status 0, nothing on standard error.
-#define EXPECT_SUCCESS(outcome)                                                                                        \
-    do {                                                                                                               \
-        const Outcome& run_ = (outcome);                                                                               \
-        EXPECT_EQ(0, run_.status) << run_;                                                                             \
-        EXPECT_EQ("", run_.err) << run_;                                                                               \
-    } while (false)
-
-// A run that must fail with `status`: nothing on standard output, the reason
-// on standard error.
-#define EXPECT_FAILURE(outcome, expectedStatus)                                                                        \
-    do {                                                                                                               \
-        const Outcome& run_ = (outcome);                                                                               \
-        EXPECT_EQ((expectedStatus), run_.status) << run_;                                                              \
-        EXPECT_EQ("", run_.out) << run_;                                                                               \
-        EXPECT_TRUE(StartsWith(run_.err, "qvi: ")) << run_;                                                            \
-    } while (false)
-
-// ----------------------------------------------------- reading the outputs
-
-struct Table {
-    std::string identifier;
-    std::vector<std::pair<std::string, std::string>> keywords;
-    Strings fields;
-    std::vector<Strings> rows;
-
-    std::string Keyword(const std::string& key) const
-    {
-        for (const auto& [k, v] : keywords) {
-            if (k == key) {
-                return v;
-            }
-        }
-        ADD_FAILURE() << "no keyword " << key;
-        return std::string();
-    }
-    bool HasKeyword(const std::string& key) const
-    {
-        return std::any_of(keywords.begin(), keywords.end(), [&](const auto& entry) { return entry.first == key; });
-    }
-    std::size_t Field(const std::string& field) const
-    {
-        const auto found = std::find(fields.begin(), fields.end(), field);
-        if (found == fields.end()) {
-            throw std::out_of_range("no field " + field);
-        }
-        return static_cast<std::size_t>(found - fields.begin());
-    }
-    const std::string& Value(std::size_t row, const std::string& field) const { return rows.at(row).at(Field(field)); }
-    double At(std::size_t row, const std::string& field) const { return Number(Value(row, field)); }
-    std::vector<double> Column(const std::string& field) const
-    {
-        std::vector<double> values;
-        for (std::size_t r = 0; r < rows.size(); ++r) {
-            values.push_back(At(r, field));
-        }
-        return values;
-    }
-    // The row of a SAMPLE_ID.
-    std::size_t Row(const std::string& id) const
-    {
-        for (std::size_t r = 0; r < rows.size(); ++r) {
-            if (Value(r, "SAMPLE_ID") == id) {
-                return r;
-            }
-        }
-        throw std::out_of_range("no SAMPLE_ID " + id);
-    }
-};
-
-Table ReadCgats(std::istream& input, const std::string& name)
-{
-    Cgats::Reader reader(input, name);
-    Table table;
-    table.identifier = reader.Identifier();
-    table.keywords = reader.Keywords();
-    table.fields = reader.Fields();
-    Cgats::Row row;
-    while (reader.Next(row)) {
-        table.rows.emplace_back(row.values.begin(), row.values.end());
-    }
-    return table;
-}
-
-// qvi's CGATS output, checked for its own consistency.
-Table ParseCgats(const std::string& text)
-{
-    std::istringstream input(text);
-    Table table = ReadCgats(input, "output");
-    EXPECT_EQ("CGATS.17", table.identifier);
-    EXPECT_EQ(std::to_string(table.rows.size()), table.Keyword("NUMBER_OF_SETS"));
-    EXPECT_EQ(std::to_string(table.fields.size()), table.Keyword("NUMBER_OF_FIELDS"));
-    EXPECT_EQ("qvi", table.Keyword("ORIGINATOR"));
-    EXPECT_NE(std::string::npos, text.find("\nEND_DATA\n"));
-    return table;
-}
-
-Table Sample(const std::string& file)
-{
-    std::ifstream input(kSamples + "/" + file, std::ios::binary);
-    return ReadCgats(input, file);
-}
-
-// Comma-separated values: the lines of fields, and the "# key: value" lines.
-struct Csv {
-    std::vector<Strings> lines;
-    std::vector<std::pair<std::string, std::string>> summary;
-};
-
-Csv ParseCsv(const std::string& text)
-{
-    Csv csv;
-    for (const std::string& line : Lines(text)) {
-        if (StartsWith(line, "# ")) {
-            const std::size_t colon = line.find(": ");
-            EXPECT_NE(std::string::npos, colon) << line;
-            csv.summary.emplace_back(line.substr(2, colon - 2), line.substr(colon + 2));
-            continue;
-        }
-        Strings fields(1);
-        bool quoted = false;
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            const char c = line[i];
-            if (quoted) {
-                if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                    fields.back() += '"';
-                    ++i;
-                } else if (c == '"') {
-                    quoted = false;
-                } else {
-                    fields.back() += c;
-                }
-            } else if (c == '"' && fields.back().empty()) {
-                quoted = true;
-            } else if (c == ',') {
-                fields.emplace_back();
-            } else {
-                fields.back() += c;
-            }
-        }
-        EXPECT_FALSE(quoted) << line;
-        csv.lines.push_back(fields);
-    }
-    return csv;
-}
-
-// A strict JSON reader, enough to check the structure of qvi's output.
-struct Json {
-    enum class Kind { Null, Boolean, Number, String, Array, Object };
-    Kind kind = Kind::Null;
-    std::string text; // a string, or a number as written
-    std::vector<Json> items;
-    std::vector<std::pair<std::string, Json>> members;
-
-    const Json& operator[](const std::string& key) const
-    {
-        for (const auto& [k, v] : members) {
-            if (k == key) {
-                return v;
-            }
-        }
-        throw std::out_of_range("no member " + key);
-    }
-    bool Has(const std::string& key) const
-    {
-        return std::any_of(members.begin(), members.end(), [&](const auto& m) { return m.first == key; });
-    }
-};
-
-class JsonParser {
-public:
-    explicit JsonParser(std::string_view input) : text(input) {}
-
-    Json Document()
-    {
-        Json value = Value();
-        Blanks();
-        if (at != text.size()) {
-            Fail("text after the value");
-        }
-        return value;
-    }
-
-private:
-    [[noreturn]] void Fail(const std::string& what) const
-    {
-        throw std::runtime_error("JSON: " + what + " at offset " + std::to_string(at));
-    }
-    void Blanks()
-    {
-        while (at < text.size() && (text[at] == ' ' || text[at] == '\n' || text[at] == '\t' || text[at] == '\r')) {
-            ++at;
-        }
-    }
-    void Expect(char c)
-    {
-        Blanks();
-        if (at >= text.size() || text[at] != c) {
-            Fail(std::string("expected '") + c + "'");
-        }
-        ++at;
-    }
-    bool Word(std::string_view word)
-    {
-        if (text.substr(at, word.size()) == word) {
-            at += word.size();
-            return true;
-        }
-        return false;
-    }
-    bool Digit() const { return at < text.size() && text[at] >= '0' && text[at] <= '9'; }
-    std::string String()
-    {
-        Expect('"');
-        std::string result;
-        while (true) {
-            if (at >= text.size()) {
-                Fail("unterminated string");
-            }
-            const char c = text[at++];
-            if (c == '"') {
-                return result;
-            }
-            if (static_cast<unsigned char>(c) < 0x20) {
-                Fail("control character in a string");
-            }
-            if (c != '\\') {
-                result += c;
-                continue;
-            }
-            if (at >= text.size()) {
-                Fail("unterminated escape");
-            }
-            const char e = text[at++];
-            switch (e) {
-            case '"': result += '"'; break;
-            case '\\': result += '\\'; break;
-            case '/': result += '/'; break;
-            case 'b': result += '\b'; break;
-            case 'f': result += '\f'; break;
-            case 'n': result += '\n'; break;
-            case 'r': result += '\r'; break;
-            case 't': result += '\t'; break;
-            case 'u': {
-                if (at + 4 > text.size()) {
-                    Fail("short \\u escape");
-                }
-                const unsigned long code = std::strtoul(std::string(text.substr(at, 4)).c_str(), nullptr, 16);
-                at += 4;
-                result += code < 0x80 ? static_cast<char>(code) : '?';
-                break;
-            }
-            default: Fail("unknown escape");
-            }
-        }
-    }
-    Json NumberValue()
-    {
-        const std::size_t start = at;
-        if (text[at] == '-') {
-            ++at;
-        }
-        if (!Digit()) {
-            Fail("bad number");
-        }
-        if (text[at] == '0') {
-            ++at;
-            if (Digit()) {
-                Fail("leading zero");
-            }
-        } else {
-            while (Digit()) {
-                ++at;
-            }
-        }
-        if (at < text.size() && text[at] == '.') {
-            ++at;
-            if (!Digit()) {
-                Fail("no digit after the point");
-            }
-            while (Digit()) {
-                ++at;
-            }
-        }
-        if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
-            ++at;
-            if (at < text.size() && (text[at] == '+' || text[at] == '-')) {
-                ++at;
-            }
-            if (!Digit()) {
-                Fail("bad exponent");
-            }
-            while (Digit()) {
-                ++at;
-            }
-        }
-        Json value;
-        value.kind = Json::Kind::Number;
-        value.text = std::string(text.substr(start, at - start));
-        return value;
-    }
-    Json Value()
-    {
-        Blanks();
-        if (at >= text.size()) {
-            Fail("no value");
-        }
-        Json value;
-        const char c = text[at];
-        if (c == '{') {
-            ++at;
-            value.kind = Json::Kind::Object;
-            Blanks();
-            if (at < text.size() && text[at] == '}') {
-                ++at;
-                return value;
-            }
-            while (true) {
-                std::string key = String();
-                Expect(':');
-                value.members.emplace_back(std::move(key), Value());
-                Blanks();
-                if (at < text.size() && text[at] == ',') {
-                    ++at;
-                    continue;
-                }
-                Expect('}');
-                return value;
-            }
-        }
-        if (c == '[') {
-            ++at;
-            value.kind = Json::Kind::Array;
-            Blanks();
-            if (at < text.size() && text[at] == ']') {
-                ++at;
-                return value;
-            }
-            while (true) {
-                value.items.push_back(Value());
-                Blanks();
-                if (at < text.size() && text[at] == ',') {
-                    ++at;
-                    continue;
-                }
-                Expect(']');
-                return value;
-            }
-        }
-        if (c == '"') {
-            value.kind = Json::Kind::String;
-            value.text = String();
-            return value;
-        }
-        if (c == '-' || (c >= '0' && c <= '9')) {
-            return NumberValue();
-        }
-        if (Word("true") || Word("false")) {
-            value.kind = Json::Kind::Boolean;
-            return value;
-        }
-        if (Word("null")) {
-            return value;
-        }
-        Fail("unexpected character");
-    }
-
-    std::string_view text;
-    std::size_t at = 0;
-};
-
-Json ParseJson(const std::string& text)
-{
-    return JsonParser(text).Document();
-}
-
-// A table line split into its cells (two or more blanks apart).
-Strings Cells(const std::string& line)
-{
-    Strings cells;
-    std::size_t i = line.find_first_not_of(' ');
-    while (i != std::string::npos && i < line.size()) {
-        std::size_t end = line.find("  ", i);
-        if (end == std::string::npos) {
-            end = line.size();
-        }
-        cells.push_back(line.substr(i, end - i));
-        i = line.find_first_not_of(' ', end);
-    }
-    return cells;
-}
-
-// ------------------------------------------------ writing input files
-
-// How a sample file is written anew.
-struct Layout {
-    std::string lineEnd = "\n";
-    std::string separator = "\t";
-    bool decimalComma = false;
-    // The spelling of the spectral fields, e.g. "SPECTRAL_NM_" for SPECTRAL_NM_380.
-    std::string spectralPrefix = "SPECTRAL_NM";
-    // Extra bands outside the grid (360, 370, 740 ... 780) and between grid
-    // points (385), with a value far off the scale.
-    bool extraBands = false;
-    // The fields in another order: SAMPLE_NAME first, the bands backwards,
-    // then SAMPLE_ID.
-    bool otherOrder = false;
-    // Every spectral value times 100, the decimal point moved.
-    bool percent = false;
-};
-
-// A decimal string times 100, exactly: the point moves two places.
-std::string TimesHundred(const std::string& text)
-{
-    const std::size_t point = text.find('.');
-    std::string whole = point == std::string::npos ? text : text.substr(0, point);
-    std::string fraction = point == std::string::npos ? std::string() : text.substr(point + 1);
-    while (fraction.size() < 2) {
-        fraction += '0';
-    }
-    whole += fraction.substr(0, 2);
-    fraction = fraction.substr(2);
-    const std::size_t first = whole.find_first_not_of('0');
-    whole = first == std::string::npos ? "0" : whole.substr(first);
-    return fraction.empty() ? whole : whole + "." + fraction;
-}
-
-std::string Rewrite(const Table& table, const Layout& layout)
-{
-    struct Out {
-        std::string name;
-        std::function<std::string(const Strings&)> value;
-    };
-    std::vector<Out> columns;
-    std::vector<Out> spectral;
-    for (std::size_t i = 0; i < table.fields.size(); ++i) {
-        const std::string& field = table.fields[i];
-        const int wavelength = Cgats::SpectralWavelength(field);
-        if (wavelength == 0) {
-            if (field == "SAMPLE_NAME") {
-                columns.push_back({field, [i](const Strings& row) { return Cgats::Quote(row[i]); }});
-            } else {
-                columns.push_back({field, [i](const Strings& row) { return row[i]; }});
-            }
-            continue;
-        }
-        spectral.push_back({layout.spectralPrefix + std::to_string(wavelength), [i, layout](const Strings& row) {
-                                std::string value = layout.percent ? TimesHundred(row[i]) : row[i];
-                                if (layout.decimalComma) {
-                                    std::replace(value.begin(), value.end(), '.', ',');
-                                }
-                                return value;
-                            }});
-    }
-    if (layout.extraBands) {
-        const std::string far = layout.decimalComma ? "9,5" : "9.5";
-        for (int wavelength : {360, 370}) {
-            spectral.insert(spectral.begin(), {layout.spectralPrefix + std::to_string(wavelength),
-                                               [far](const Strings&) { return far; }});
-        }
-        for (int wavelength : {740, 750, 760, 770, 780, 385}) {
-            spectral.push_back(
-                {layout.spectralPrefix + std::to_string(wavelength), [far](const Strings&) { return far; }});
-        }
-    }
-    if (layout.otherOrder) {
-        std::reverse(spectral.begin(), spectral.end());
-        // SAMPLE_NAME, then the bands, then SAMPLE_ID and the rest.
-        std::vector<Out> reordered;
-        for (const Out& column : columns) {
-            if (column.name == "SAMPLE_NAME") {
-                reordered.push_back(column);
-            }
-        }
-        reordered.insert(reordered.end(), spectral.begin(), spectral.end());
-        for (const Out& column : columns) {
-            if (column.name != "SAMPLE_NAME") {
-                reordered.push_back(column);
-            }
-        }
-        columns = reordered;
-    } else {
-        columns.insert(columns.end(), spectral.begin(), spectral.end());
-    }
-    const std::string& end = layout.lineEnd;
-    const std::string& sep = layout.separator;
-    std::string text = table.identifier + end;
-    text += "# written anew by a test" + end;
-    for (const auto& [key, value] : table.keywords) {
-        if (key == "NUMBER_OF_FIELDS" || key == "NUMBER_OF_SETS") {
-            continue;
-        }
-        text += key + sep + Cgats::Quote(value) + end;
-    }
-    text += "NUMBER_OF_FIELDS" + sep + std::to_string(columns.size()) + end;
-    text += "BEGIN_DATA_FORMAT" + end;
-    for (std::size_t c = 0; c < columns.size(); ++c) {
-        text += (c > 0 ? sep : std::string()) + columns[c].name;
-    }
-    text += end + "END_DATA_FORMAT" + end;
-    text += "NUMBER_OF_SETS" + sep + std::to_string(table.rows.size()) + end;
-    text += "BEGIN_DATA" + end;
-    for (const Strings& row : table.rows) {
-        for (std::size_t c = 0; c < columns.size(); ++c) {
-            text += (c > 0 ? sep : std::string()) + columns[c].value(row);
-        }
-        text += end;
-    }
-    text += "END_DATA" + end;
-    return text;
-}
-
-// A file of spectra, each given as one value for all 36 bands.
-std::string FlatFile(const std::vector<std::pair<std::string, std::string>>& samples)
-{
-    std::string text = "CGATS.17\nORIGINATOR \"test\"\nBEGIN_DATA_FORMAT\nSAMPLE_ID";
-    for (int wavelength = 380; wavelength <= 730; wavelength += 10) {
-        text += " SPECTRAL_NM" + std::to_string(wavelength);
-    }
-    text += "\nEND_DATA_FORMAT\nBEGIN_DATA\n";
-    for (const auto& [id, value] : samples) {
-        text += id;
-        for (int band = 0; band < 36; ++band) {
-            text += ' ' + value;
-        }
-        text += '\n';
-    }
-    return text + "END_DATA\n";
-}
-
-// The file with line `number` (1-based) replaced.
-std::string ReplaceLine(const std::string& text, std::size_t number, const std::string& line)
-{
-    Strings lines = Lines(text);
-    lines.at(number - 1) = line;
-    std::string result;
-    for (const std::string& l : lines) {
-        result += l + '\n';
-    }
-    return result;
-}
-
-// --------------------------------------------------------------- fixture
-
-class QviTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        std::string pattern = (fs::temp_directory_path() / "qvi-test-dir-XXXXXX").string();
-        std::vector<char> name(pattern.begin(), pattern.end());
-        name.push_back('\0');
-        ASSERT_NE(nullptr, mkdtemp(name.data()));
-        dir = name.data();
-    }
-    void TearDown() override
-    {
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
-    }
-    // Writes a file into the scratch directory and returns its full path.
-    std::string Put(const std::string& name, const std::string& text) const
-    {
-        const std::string path = dir + "/" + name;
-        WriteFile(path, text);
-        return path;
-    }
-    std::string Path(const std::string& name) const { return dir + "/" + name; }
-
-    std::string dir;
-};
-
-// Runs qvi with standard error on a pseudo terminal (standard output to a
-// file, standard input empty); `err` is what the terminal received.
-Outcome QviOnTerminal(const Strings& arguments, const std::string& directory)
-{
-    Outcome outcome;
-    int master = -1;
-    int slave = -1;
-    std::string outPath;
-    const int out = TemporaryFile(outPath);
-    const int in = open("/dev/null", O_RDONLY);
-    if (openpty(&master, &slave, nullptr, nullptr, nullptr) != 0 || out < 0 || in < 0) {
-        ADD_FAILURE() << "cannot prepare the terminal of a qvi run";
-        return outcome;
-    }
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        close(master);
-        if (chdir(directory.c_str()) != 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
-            dup2(slave, STDERR_FILENO) < 0) {
-            _exit(126);
-        }
-        execv(kQvi.c_str(), argv.data());
-        _exit(127);
-    }
-    close(slave);
-    // Read while the child runs, so that it never waits on a full terminal;
-    // the read fails (EIO) once the child has closed its side.
-    char buffer[4096];
-    while (true) {
-        const ssize_t got = read(master, buffer, sizeof buffer);
-        if (got > 0) {
-            outcome.err.append(buffer, static_cast<std::size_t>(got));
-        } else if (got < 0 && errno == EINTR) {
-            continue;
-        } else {
-            break;
-        }
-    }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    close(master);
-    close(in);
-    close(out);
-    outcome.out = ReadFile(outPath);
-    std::remove(outPath.c_str());
-    return outcome;
-}
-
-// A sample's full path.
-std::string SamplePath(const std::string& file)
-{
-    return kSamples + "/" + file;
-}
+using namespace qvi_test;
 
 // ===================================================================== help
 
@@ -1151,10 +340,13 @@ TEST_F(QviCommands, SpectrumUnderAnotherIlluminant)
     EXPECT_NEAR(table.At(0, "LAB_A"), lab.At(0, "LAB_A"), 2e-3);
 }
 
+// The conditions as qvi uses them: its defaults (those of the commands where
+// they differ from the library's), and only values that qvi accepts, the
+// parametrised ones as they are written.
 TEST_F(QviCommands, ConditionsListsEveryKey)
 {
     const Outcome outcome = Qvi({"conditions"});
-    EXPECT_SUCCESS(outcome);
+    EXPECT_SILENT_SUCCESS(outcome);
     const Table table = ParseCgats(outcome.out);
     EXPECT_EQ((Strings{"KEY", "DEFAULT", "SUPPORTED_VALUES"}), table.fields);
     std::map<std::string, std::pair<std::string, std::string>> keys;
@@ -1166,18 +358,66 @@ TEST_F(QviCommands, ConditionsListsEveryKey)
                             "Colorimetric.DensityStandard", "Colorimetric.DensityFilterMode",
                             "ColorSpaceDescription.Type", "ColorSpaceDescription.DeltaEFormula"}) {
         ASSERT_EQ(1u, keys.count(key)) << key;
-        // The default is one of the supported values.
+        // The default (before any remark in brackets) is one of the values.
         const std::string& values = keys[key].second;
-        EXPECT_TRUE(Contains("; " + values + ";", "; " + keys[key].first + ";")) << key << ": " << values;
+        const std::string value = keys[key].first.substr(0, keys[key].first.find(" ("));
+        EXPECT_TRUE(Contains("; " + values + ";", "; " + value + ";")) << key << ": " << values;
     }
-    EXPECT_EQ("D65", keys["Colorimetric.Illumination"].first);
+    EXPECT_EQ("D65 (cct: Emission)", keys["Colorimetric.Illumination"].first);
+    EXPECT_EQ("A; B; C; D50; D55; D65; D75; F1 ... F12 (e.g. F7); Dxx, Temperature:K (K from 4000 to 25000, e.g. "
+              "Dxx, Temperature:5000); Emission",
+              keys["Colorimetric.Illumination"].second);
     EXPECT_EQ("TwoDegree", keys["Colorimetric.Observer"].first);
     EXPECT_EQ("TwoDegree; TenDegree", keys["Colorimetric.Observer"].second);
+    EXPECT_EQ("Absolute (color with --paper-white: Paper; density: Automatic)", keys["Colorimetric.WhiteBase"].first);
     EXPECT_EQ("CIELab", keys["ColorSpaceDescription.Type"].first);
+    EXPECT_FALSE(Contains(keys["ColorSpaceDescription.Type"].second, "CMYK"));
     EXPECT_EQ("CIELab", keys["ColorSpaceDescription.DeltaEFormula"].first);
+    EXPECT_EQ("CIELab; CIELuv; LABvq; FMCII; CMC; 94; 2000 (CIEDE2000)",
+              keys["ColorSpaceDescription.DeltaEFormula"].second);
     EXPECT_EQ("DIN", keys["Colorimetric.DensityStandard"].first);
     EXPECT_EQ("Auto", keys["Colorimetric.DensityFilterMode"].first);
     EXPECT_TRUE(Contains(keys["ColorSpaceDescription.Type"].second, "CIEXYZ"));
+}
+
+// Every value that `qvi conditions` lists works where its key applies, and
+// the help of color names the same white-base default.
+TEST_F(QviCommands, EveryListedValueIsAccepted)
+{
+    const Table table = ParseCgats(Qvi({"conditions"}).out);
+    std::map<std::string, std::string> values;
+    for (const Strings& row : table.rows) {
+        values[row[0]] = row[2];
+    }
+    const auto run = [&](const Strings& arguments) {
+        SCOPED_TRACE(arguments.back());
+        EXPECT_EQ(0, Qvi(arguments).status) << Qvi(arguments);
+    };
+    for (std::string illuminant : {"A", "B", "C", "D50", "D55", "D65", "D75", "Emission"}) {
+        EXPECT_TRUE(Contains(values["Colorimetric.Illumination"], illuminant));
+        run({"color", kChart, "--illuminant", illuminant});
+    }
+    for (int number = 1; number <= 12; ++number) {
+        run({"color", kChart, "--illuminant", "F" + std::to_string(number)});
+    }
+    run({"color", kChart, "--illuminant", "Dxx, Temperature:5000"});
+    std::string spaces = values["ColorSpaceDescription.Type"] + ";";
+    for (std::size_t at = 0; at < spaces.size();) {
+        const std::size_t end = spaces.find(';', at);
+        run({"color", kChart, "--space", spaces.substr(at, end - at)});
+        at = end + 2;
+    }
+    for (const char* formula : {"CIELab", "CIELuv", "LABvq", "FMCII", "CMC", "94", "2000"}) {
+        run({"delta-e", kChart, kOtherChart, "--formula", formula});
+    }
+    for (const char* standard : {"DIN", "DINNB", "ANSIA", "ANSIT", "SPI", "User"}) {
+        run({"density", kChart, "--paper-white", "19", "--density-standard", standard});
+    }
+    for (const char* base : {"Absolute", "Paper", "Automatic"}) {
+        run({"color", kChart, "--paper-white", "19", "--white-base", base});
+    }
+    EXPECT_TRUE(Contains(Qvi({"color", "--help"}).out, "Absolute (default), Paper (default with --paper-white)"));
+    EXPECT_TRUE(Contains(Qvi({"density", "--help"}).out, "Automatic (default; needs --paper-white)"));
 }
 
 // ================================================================= formats
@@ -1297,9 +537,12 @@ TEST_F(QviFormats, EveryCommandInEveryFormat)
             Strings withFormat = arguments;
             withFormat.insert(withFormat.end(), {"--format", format});
             const Outcome outcome = Qvi(withFormat, dir);
-            EXPECT_SUCCESS(outcome);
+            EXPECT_EQ(0, outcome.status) << outcome;
             if (std::string(format) == "csv") {
+                // The table only; a summary goes to standard error.
+                EXPECT_EQ("", BeyondSummary(BeyondNotes(outcome.err))) << outcome;
                 const Csv csv = ParseCsv(outcome.out);
+                EXPECT_TRUE(csv.summary.empty());
                 ASSERT_EQ(cgats.rows.size() + 1, csv.lines.size());
                 EXPECT_EQ(cgats.fields, csv.lines[0]);
                 for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
@@ -1313,6 +556,7 @@ TEST_F(QviFormats, EveryCommandInEveryFormat)
                     ADD_FAILURE() << error.what() << "\n" << outcome.out;
                     continue;
                 }
+                EXPECT_EQ("", BeyondNotes(outcome.err)) << outcome;
                 ASSERT_EQ(cgats.rows.size(), json["rows"].items.size());
                 for (std::size_t r = 0; r < cgats.rows.size(); ++r) {
                     const Json& row = json["rows"].items[r];
@@ -1328,6 +572,7 @@ TEST_F(QviFormats, EveryCommandInEveryFormat)
                     }
                 }
             } else {
+                EXPECT_EQ("", BeyondNotes(outcome.err)) << outcome;
                 const Strings lines = Lines(outcome.out);
                 ASSERT_GE(lines.size(), cgats.rows.size() + 1);
                 EXPECT_EQ(cgats.fields, Cells(lines[0]));
@@ -1410,11 +655,11 @@ TEST_F(QviBrokenInput, NonexistentFile)
     for (const char* command : {"color", "density", "cct"}) {
         const Outcome outcome = Qvi({command, "absent.cgats"}, dir);
         EXPECT_FAILURE(outcome, 2);
-        EXPECT_EQ("qvi: absent.cgats: cannot open the file\n", outcome.err);
+        EXPECT_EQ("qvi: absent.cgats: cannot open the file: No such file or directory\n", outcome.err);
     }
     const Outcome outcome = Qvi({"delta-e", SamplePath(kChart), "absent.cgats"}, dir);
     EXPECT_FAILURE(outcome, 2);
-    EXPECT_EQ("qvi: absent.cgats: cannot open the file\n", outcome.err);
+    EXPECT_EQ("qvi: absent.cgats: cannot open the file: No such file or directory\n", outcome.err);
 }
 
 TEST_F(QviBrokenInput, ValueThatIsNoNumber)
@@ -1560,7 +805,8 @@ TEST_F(QviScale, AutomaticScaleDetectsPercent)
             SCOPED_TRACE(copy.back());
             const Outcome percent = Qvi(copy, dir);
             EXPECT_SUCCESS(percent);
-            EXPECT_EQ(Qvi(original, kSamples).out, percent.out);
+            EXPECT_EQ(Unscaled(Qvi(original, kSamples).out), Unscaled(percent.out));
+            EXPECT_TRUE(Contains(percent.out, "REFLECTANCE_SCALE\t\"0..100\"")) << percent.out;
         }
     }
 }
@@ -1582,25 +828,112 @@ TEST_F(QviScale, OverrideTheScale)
     EXPECT_NEAR(Lightness(50.0), lightness("percent.cgats", "1"), 0.05);
 }
 
-// Percent is detected when a value exceeds 2, and then for the whole file.
-TEST_F(QviScale, AutomaticScaleThreshold)
+// The rule: 0..100 when more than half the samples have a value above 2;
+// 0..1 when no value exceeds 1.5; anything else is ambiguous and refused.
+TEST_F(QviScale, AutomaticScaleRule)
 {
-    Put("two.cgats", FlatFile({{"1", "2"}, {"2", "0.5"}}));
-    Put("above.cgats", FlatFile({{"1", "2.01"}, {"2", "0.5"}}));
-    const Table two = ParseCgats(Qvi({"color", "two.cgats", "--decimals", "6"}, dir).out);
-    const Table above = ParseCgats(Qvi({"color", "above.cgats", "--decimals", "6"}, dir).out);
-    EXPECT_NEAR(Lightness(2.0), two.At(0, "LAB_L"), 0.01);
-    EXPECT_NEAR(Lightness(0.5), two.At(1, "LAB_L"), 0.01);
-    EXPECT_NEAR(Lightness(0.0201), above.At(0, "LAB_L"), 0.01);
-    EXPECT_NEAR(Lightness(0.005), above.At(1, "LAB_L"), 0.01);
+    const auto lightness = [&](const std::vector<std::pair<std::string, std::string>>& samples) {
+        Put("rule.cgats", FlatFile(samples));
+        const Outcome outcome = Qvi({"color", "rule.cgats", "--decimals", "6"}, dir);
+        EXPECT_SUCCESS(outcome);
+        return ParseCgats(outcome.out).At(0, "LAB_L");
+    };
+    EXPECT_NEAR(Lightness(1.5), lightness({{"1", "1.5"}, {"2", "0.5"}}), 0.01);
+    EXPECT_NEAR(Lightness(0.0201), lightness({{"1", "2.01"}, {"2", "50"}, {"3", "0.5"}}), 0.01);
+    EXPECT_NEAR(Lightness(0.005), lightness({{"1", "0.5"}, {"2", "50"}, {"3", "60"}}), 0.01);
+    for (const auto& samples : std::vector<std::vector<std::pair<std::string, std::string>>>{
+             {{"1", "2"}, {"2", "0.5"}},
+             {{"1", "1.51"}, {"2", "0.5"}},
+             {{"1", "2.01"}, {"2", "0.5"}},
+             {{"1", "50"}, {"2", "0.5"}},
+             {{"1", "50"}, {"2", "0.5"}, {"3", "0.7"}, {"4", "60"}}}) {
+        SCOPED_TRACE(samples.front().second + " " + samples.back().second);
+        Put("rule.cgats", FlatFile(samples));
+        const Outcome outcome = Qvi({"color", "rule.cgats"}, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_TRUE(StartsWith(outcome.err, "qvi: rule.cgats: the reflectance scale is ambiguous: ")) << outcome;
+        EXPECT_TRUE(Contains(outcome.err, "give --scale 1")) << outcome;
+        EXPECT_TRUE(Contains(outcome.err, "--scale 100")) << outcome;
+        // Given, the scale is not questioned.
+        EXPECT_SILENT_SUCCESS(Qvi({"color", "rule.cgats", "--scale", "1"}, dir));
+        EXPECT_SILENT_SUCCESS(Qvi({"color", "rule.cgats", "--scale", "100"}, dir));
+    }
 }
 
-// A file with nothing to look up ahead is read once, computing on 0..1 until
-// a value above 2 shows percent; then every sample is computed again. The
-// outcome is that of reading the whole file first.
+// A 0..1 file with one typo above 2 is not read as 0..100: every result would
+// change. The message points at the sample.
+TEST_F(QviScale, OneOutlierDoesNotChangeTheScale)
+{
+    const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
+    const std::size_t line = LineNumber(clean, "BEGIN_DATA") + 7;
+    std::string row = Lines(clean).at(line - 1);
+    std::size_t start = 0;
+    for (int i = 0; i < 14; ++i) {
+        start = row.find('\t', start) + 1;
+    }
+    row.replace(start, row.find('\t', start) - start, "3.5");
+    Put("typo.cgats", ReplaceLine(clean, line, row));
+    const Outcome outcome = Qvi({"color", "typo.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: typo.cgats: the reflectance scale is ambiguous: 1 of 24 samples has values above 2 (the first: "
+              "sample 7, line " +
+                  std::to_string(line) +
+                  ": 3.5 in SPECTRAL_NM500), the others none (the first: sample 1, line " +
+                  std::to_string(LineNumber(clean, "BEGIN_DATA") + 1) +
+                  "); give --scale 1 if the file is 0..1 (then those values are errors or fluorescence) or --scale "
+                  "100 if it is 0..100\n",
+              outcome.err);
+}
+
+// A dark file in percent, every value at most 2, is not read as 0..1.
+TEST_F(QviScale, ADarkPercentFileIsNotReadAsFractions)
+{
+    Put("dark.cgats", FlatFile({{"1", "1.9"}, {"2", "0.8"}, {"3", "1.2"}}));
+    const Outcome outcome = Qvi({"color", "dark.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: dark.cgats: the reflectance scale is ambiguous: the largest value, 1.9 (sample 1, line 7), is "
+              "high for 0..1 and low for 0..100; give --scale 1 or --scale 100\n",
+              outcome.err);
+    const Outcome percent = Qvi({"color", "dark.cgats", "--scale", "100", "--decimals", "6"}, dir);
+    EXPECT_SILENT_SUCCESS(percent);
+    EXPECT_NEAR(Lightness(0.019), ParseCgats(percent.out).At(0, "LAB_L"), 0.01);
+}
+
+// The scale used is said on standard error (unless given) and in every
+// output form.
+TEST_F(QviScale, TheScaleUsedIsStated)
+{
+    Put("percent.cgats", FlatFile({{"1", "50"}, {"2", "60"}, {"3", "1"}}));
+    Put("factor.cgats", FlatFile({{"1", "0.5"}}));
+    const Outcome percent = Qvi({"color", "percent.cgats"}, dir);
+    EXPECT_SUCCESS(percent);
+    EXPECT_EQ("qvi: percent.cgats: reflectance read as 0..100: 2 of 3 samples have values above 2 (--scale sets the "
+              "scale)\n",
+              percent.err);
+    EXPECT_EQ("0..100", ParseCgats(percent.out).Keyword("REFLECTANCE_SCALE"));
+    const Outcome factor = Qvi({"color", "factor.cgats"}, dir);
+    EXPECT_EQ("qvi: factor.cgats: reflectance read as 0..1: no value above 1.5 (--scale sets the scale)\n", factor.err);
+    EXPECT_EQ("0..1", ParseCgats(factor.out).Keyword("REFLECTANCE_SCALE"));
+    const Json json = ParseJson(Qvi({"color", "factor.cgats", "--format", "json"}, dir).out);
+    EXPECT_EQ("0..1", json["header"]["REFLECTANCE_SCALE"].text);
+    // Given: no note, the keyword all the same; --quiet drops the note.
+    const Outcome given = Qvi({"color", "factor.cgats", "--scale", "100"}, dir);
+    EXPECT_SILENT_SUCCESS(given);
+    EXPECT_EQ("0..100", ParseCgats(given.out).Keyword("REFLECTANCE_SCALE"));
+    EXPECT_SILENT_SUCCESS(Qvi({"color", "factor.cgats", "-q"}, dir));
+    EXPECT_SILENT_SUCCESS(Qvi({"color", "factor.cgats", "--quiet"}, dir));
+    // Both files of delta-e.
+    const Table differences = ParseCgats(Qvi({"delta-e", "percent.cgats", "percent.cgats"}, dir).out);
+    EXPECT_EQ("0..100", differences.Keyword("REFERENCE_REFLECTANCE_SCALE"));
+    EXPECT_EQ("0..100", differences.Keyword("SAMPLES_REFLECTANCE_SCALE"));
+}
+
+// A file with nothing to look up ahead is read once, computing on the scale
+// of its first sample; when the whole file decides otherwise every sample
+// is computed again. The outcome is that of reading the whole file first.
 TEST_F(QviScale, PercentFoundLateRecomputesEverySample)
 {
-    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "1.5"}, {"3", "1"}, {"4", "50"}, {"5", "0.25"}}));
+    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "1.5"}, {"3", "50"}, {"4", "60"}, {"5", "70"}, {"6", "80"}}));
     for (const char* format : {"cgats", "csv", "json", "table"}) {
         SCOPED_TRACE(format);
         const Outcome automatic = Qvi({"color", "late.cgats", "--format", format}, dir);
@@ -1609,53 +942,89 @@ TEST_F(QviScale, PercentFoundLateRecomputesEverySample)
         EXPECT_NE(Qvi({"color", "late.cgats", "--format", format, "--scale", "1"}, dir).out, automatic.out);
     }
     const Table table = ParseCgats(Qvi({"color", "late.cgats", "--decimals", "6"}, dir).out);
-    ASSERT_EQ(5u, table.rows.size());
+    ASSERT_EQ(6u, table.rows.size());
     EXPECT_NEAR(Lightness(0.005), table.At(0, "LAB_L"), 0.01);
-    EXPECT_NEAR(Lightness(0.5), table.At(3, "LAB_L"), 0.01);
+    EXPECT_NEAR(Lightness(0.5), table.At(2, "LAB_L"), 0.01);
 }
 
-// 2.00000001 is 2 as a float but above 2 as written: percent.
-TEST_F(QviScale, AValueJustAboveTwoIsPercentEvenWhereTheFloatIsTwo)
+// The rule reads the values as written: 2.00000001 is 2 as a float but
+// above 2 as written, and 1.5000000001 above 1.5.
+TEST_F(QviScale, TheRuleReadsTheValuesAsWritten)
 {
-    Put("just.cgats", FlatFile({{"1", "0.5"}, {"2", "2.00000001"}}));
-    Put("two.cgats", FlatFile({{"1", "0.5"}, {"2", "2.0"}}));
+    Put("just.cgats", FlatFile({{"1", "2.00000001"}, {"2", "0.5"}, {"3", "2.00000001"}}));
+    Put("two.cgats", FlatFile({{"1", "2.0"}, {"2", "0.5"}, {"3", "2.0"}}));
     EXPECT_EQ(Qvi({"color", "just.cgats", "--scale", "100"}, dir).out, Qvi({"color", "just.cgats"}, dir).out);
-    EXPECT_EQ(Qvi({"color", "two.cgats", "--scale", "1"}, dir).out, Qvi({"color", "two.cgats"}, dir).out);
+    EXPECT_FAILURE(Qvi({"color", "two.cgats"}, dir), 2);
+    Put("ceiling.cgats", FlatFile({{"1", "1.5"}}));
+    Put("above.cgats", FlatFile({{"1", "1.5000000001"}}));
+    EXPECT_EQ(Qvi({"color", "ceiling.cgats", "--scale", "1"}, dir).out, Qvi({"color", "ceiling.cgats"}, dir).out);
+    EXPECT_FAILURE(Qvi({"color", "above.cgats"}, dir), 2);
 }
 
-// Values a double holds but a float does not: the whole file is checked
-// first (as doubles), the scale decides on those doubles, and only then does
-// a value that cannot be computed fail.
-TEST_F(QviScale, ValuesBeyondAFloatFollowTheScale)
+// A value the float arithmetic cannot hold, on the file's scale, is refused
+// as out of range with file, line and field; nothing is written.
+TEST_F(QviScale, ValuesBeyondAFloatAreOutOfRange)
 {
+    const auto refused = [&](const std::vector<std::pair<std::string, std::string>>& samples, const Strings& more,
+                             const std::string& expected) {
+        Put("big.cgats", FlatFile(samples));
+        Strings arguments = {"color", "big.cgats"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Outcome outcome = Qvi(arguments, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_EQ("", outcome.out);
+        EXPECT_EQ(expected, BeyondNotes(outcome.err));
+    };
+    refused({{"1", "0.5"}, {"2", "1e39"}, {"3", "0.25"}}, {"--scale", "1"},
+            "qvi: big.cgats:8: the value \"1e39\" of SPECTRAL_NM380 is out of range: on the scale 0..1 it is beyond a "
+            "float (3.4e38)\n");
+    refused({{"1", "0.5"}, {"2", "1e400"}, {"3", "0.25"}}, {},
+            "qvi: big.cgats:8: the value \"1e400\" of SPECTRAL_NM380 is out of range: it does not fit a double\n");
+    refused({{"1", "1e-50"}, {"2", "0.25"}}, {},
+            "qvi: big.cgats:7: the value \"1e-50\" of SPECTRAL_NM380 is out of range: on the scale 0..1 it is too "
+            "close to 0 for a float (1.2e-38); write 0\n");
+    refused({{"1", "1e-50"}, {"2", "50"}, {"3", "60"}}, {},
+            "qvi: big.cgats:7: the value \"1e-50\" of SPECTRAL_NM380 is out of range: on the scale 0..100 it is "
+            "too close to 0 for a float (1.2e-38); write 0\n");
+    // A row that is no number at all, anywhere, is reported first.
+    refused({{"1", "1e-50"}, {"2", "0.25"}, {"3", "x"}}, {},
+            "qvi: big.cgats:9: the value \"x\" of SPECTRAL_NM380 is not a number\n");
+    // An outlier of 1e39 in a 0..1 file is first of all a question of scale.
     Put("big.cgats", FlatFile({{"1", "0.5"}, {"2", "1e39"}, {"3", "0.25"}}));
-    const Outcome automatic = Qvi({"color", "big.cgats"}, dir);
-    EXPECT_SUCCESS(automatic);
-    EXPECT_EQ(Qvi({"color", "big.cgats", "--scale", "100"}, dir).out, automatic.out);
-    const Outcome single = Qvi({"color", "big.cgats", "--scale", "1"}, dir);
-    EXPECT_FAILURE(single, 2);
-    EXPECT_TRUE(Contains(single.err, "big.cgats:8: the value \"1e39\" of SPECTRAL_NM380 is not a number")) << single;
+    EXPECT_TRUE(Contains(Qvi({"color", "big.cgats"}, dir).err, "the reflectance scale is ambiguous"));
+}
 
-    Put("tiny.cgats", FlatFile({{"1", "1e-50"}, {"2", "0.25"}}));
-    const Outcome tiny = Qvi({"color", "tiny.cgats"}, dir);
-    EXPECT_FAILURE(tiny, 2);
-    EXPECT_TRUE(Contains(tiny.err, "tiny.cgats:7: the value \"1e-50\"")) << tiny;
-    // A later row that is no number at all is reported instead.
-    Put("broken.cgats", FlatFile({{"1", "1e-50"}, {"2", "0.25"}, {"3", "x"}}));
-    const Outcome broken = Qvi({"color", "broken.cgats"}, dir);
-    EXPECT_FAILURE(broken, 2);
-    EXPECT_TRUE(Contains(broken.err, "broken.cgats:9: the value \"x\"")) << broken;
-    // Percent found later: 1e-50 / 100 is a float (zero).
-    Put("late.cgats", FlatFile({{"1", "1e-50"}, {"2", "50"}}));
-    const Outcome late = Qvi({"color", "late.cgats"}, dir);
-    EXPECT_SUCCESS(late);
-    EXPECT_EQ(Qvi({"color", "late.cgats", "--scale", "100"}, dir).out, late.out);
+// Values a float holds but the arithmetic does not: a result that is not
+// finite is refused with the sample's line and its largest value, never
+// written as a blank.
+TEST_F(QviScale, ResultsBeyondAFloatAreOutOfRange)
+{
+    for (const auto& [value, shown] : std::vector<std::pair<std::string, std::string>>{{"1e37", "1e+37"},
+                                                                                       {"3e38", "3e+38"}}) {
+        SCOPED_TRACE(value);
+        Put("huge.cgats", FlatFile({{"1", "0.5"}, {"2", value}, {"3", "0.25"}}));
+        for (const Strings& arguments :
+             {Strings{"color", "huge.cgats", "--scale", "1"},
+              Strings{"color", "huge.cgats", "--scale", "1", "--space", "CIEXYZ", "--format", "json"},
+              Strings{"color", "huge.cgats", "--scale", "1", "--space", "CIELCh", "--format", "csv"},
+              Strings{"delta-e", "huge.cgats", "huge.cgats", "--scale", "1"},
+              Strings{"density", "huge.cgats", "--scale", "1", "--white-base", "Absolute"},
+              Strings{"cct", "huge.cgats", "--scale", "1"}}) {
+            SCOPED_TRACE(arguments[0] + " " + arguments.back());
+            const Outcome outcome = Qvi(arguments, dir);
+            EXPECT_FAILURE(outcome, 2);
+            EXPECT_TRUE(StartsWith(outcome.err, "qvi: huge.cgats:8: sample 2 is out of range: its ")) << outcome;
+            EXPECT_TRUE(Contains(outcome.err, "is not finite; its largest value, " + shown +
+                                                  " of SPECTRAL_NM380, is too large for the float arithmetic"))
+                << outcome;
+        }
+    }
 }
 
 TEST_F(QviScale, ColourTemperatureOfPercentFoundLate)
 {
     // Reflectance-like emission rows: the scale only changes the level.
-    Put("late.cgats", FlatFile({{"1", "1"}, {"2", "90"}}));
+    Put("late.cgats", FlatFile({{"1", "1"}, {"2", "90"}, {"3", "80"}}));
     const Outcome automatic = Qvi({"cct", "late.cgats"}, dir);
     EXPECT_EQ(Qvi({"cct", "late.cgats", "--scale", "100"}, dir).out, automatic.out);
     EXPECT_EQ(Qvi({"cct", "late.cgats", "--scale", "100"}, dir).status, automatic.status);
@@ -1682,11 +1051,80 @@ TEST_F(QviScale, EmissionKeepsItsScale)
 
 using QviLibraryFailure = QviTest;
 
+// A refusal of the library keeps the library's own text and says before it
+// which option led there, and after it what to give instead.
 TEST_F(QviLibraryFailure, ColourSpaceWithoutVector)
 {
     const Outcome outcome = Qvi({"color", kChart, "--space", "CMYK"});
     EXPECT_FAILURE(outcome, 1);
-    EXPECT_EQ("qvi: GetVector not supported for ColorSpace CMYK\n", outcome.err);
+    EXPECT_EQ("qvi: --space CMYK: GetVector not supported for ColorSpace CMYK; give CIELab, CIELCh, CIELuv, CIELChuv, "
+              "CIEuvY1960, CIEuvY1976, CIEXYZ, CIExyY, HunterLab, RxRyRz, LABvq, LCHvq, RGB\n",
+              BeyondNotes(outcome.err));
+}
+
+TEST_F(QviLibraryFailure, IlluminantsQviCannotGiveTheLibrary)
+{
+    const std::string give = "give A, B, C, D50, D55, D65, D75, F1 ... F12 (e.g. F7), \"Dxx, Temperature:K\" "
+                             "(daylight of K kelvin, defined from 4000 to 25000, e.g. \"Dxx, Temperature:5000\"), "
+                             "Emission\n";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"F13", "qvi: --illuminant F13: Filter table is empty: its step size is 0; " + give},
+        {"Userdefined", "qvi: --illuminant Userdefined: Failed to access to nullpointer.; qvi has no user-defined "
+                        "illuminant table; " +
+                            give},
+        {"Dxx", "qvi: --illuminant Dxx: Dxx is not a valid illuminationtype; " + give},
+        {"D93", "qvi: --illuminant D93: D93 is not a valid illuminationtype; " + give}};
+    for (const auto& [illuminant, expected] : cases) {
+        SCOPED_TRACE(illuminant);
+        const Outcome outcome = Qvi({"color", kChart, "--illuminant", illuminant});
+        EXPECT_FAILURE(outcome, 1);
+        EXPECT_EQ(expected, BeyondNotes(outcome.err));
+        // The same through --condition, named as it was given.
+        const Outcome byKey = Qvi({"delta-e", kChart, kOtherChart, "--condition",
+                                   "Colorimetric.Illumination=" + illuminant});
+        EXPECT_FAILURE(byKey, 1);
+        EXPECT_TRUE(StartsWith(BeyondNotes(byKey.err),
+                               "qvi: --condition Colorimetric.Illumination=" + illuminant + ": "))
+            << byKey;
+    }
+}
+
+TEST_F(QviLibraryFailure, PaperWhiteBasesNeedAPaperWhite)
+{
+    const Outcome color = Qvi({"color", kChart, "--white-base", "Paper"});
+    EXPECT_FAILURE(color, 1);
+    EXPECT_EQ("qvi: --white-base Paper: CMetryCalculator; the white base Paper needs a paper white: give "
+              "--paper-white ID, or --white-base Absolute\n",
+              BeyondNotes(color.err));
+    EXPECT_SUCCESS(Qvi({"color", kChart, "--white-base", "Paper", "--paper-white", "19"}));
+}
+
+TEST_F(QviLibraryFailure, DensityWithoutPaperWhite)
+{
+    const Outcome outcome = Qvi({"density", kChart});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: density's default white base Automatic: Missing WhiteReference; the white base Automatic needs a "
+              "paper white: give --paper-white ID, or --white-base Absolute\n",
+              BeyondNotes(outcome.err));
+    EXPECT_SUCCESS(Qvi({"density", kChart, "--white-base", "Absolute"}));
+}
+
+TEST_F(QviLibraryFailure, AValueTheLibraryRefuses)
+{
+    const Outcome outcome = Qvi({"color", kChart, "--condition", "Physical.Filter=bogus"});
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: --condition Physical.Filter=bogus: bogus is not a valid whitespacetype; give No, Polarizer, "
+              "UVCut, D65, Custom, CalibrationCheck, ND0\n",
+              BeyondNotes(outcome.err));
+}
+
+// A refusal that comes from one sample names the sample.
+TEST_F(QviLibraryFailure, ASampleTheLibraryRefuses)
+{
+    Put("black.cgats", FlatFile({{"1", "0.5"}, {"2", "0"}}));
+    const Outcome outcome = Qvi({"density", "black.cgats", "--white-base", "Absolute"}, dir);
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: sample 2 (black.cgats line 8): Calculation of Density failed\n", BeyondNotes(outcome.err));
 }
 
 // Within one reading a refusal of the library waits until the file is
@@ -1711,7 +1149,7 @@ TEST_F(QviLibraryFailure, ABrokenRowIsReportedBeforeARefusal)
 
 TEST_F(QviLibraryFailure, ARefusedConditionWithPercentFoundLate)
 {
-    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "1.5"}, {"3", "50"}}));
+    Put("late.cgats", FlatFile({{"1", "0.5"}, {"2", "50"}, {"3", "60"}}));
     for (const Strings& arguments : {Strings{"color", "late.cgats", "--illuminant", "D99x"},
                                      Strings{"cct", "late.cgats", "--observer", "OneDegree"},
                                      Strings{"delta-e", "late.cgats", "late.cgats", "--illuminant", "D99x"}}) {
@@ -1720,29 +1158,27 @@ TEST_F(QviLibraryFailure, ARefusedConditionWithPercentFoundLate)
         EXPECT_FAILURE(outcome, 1);
         Strings fixed = arguments;
         fixed.insert(fixed.end(), {"--scale", "100"});
-        EXPECT_EQ(Qvi(fixed, dir).err, outcome.err);
+        EXPECT_EQ(Qvi(fixed, dir).err, BeyondNotes(outcome.err));
     }
-}
-
-TEST_F(QviLibraryFailure, DensityWithoutPaperWhite)
-{
-    const Outcome outcome = Qvi({"density", kChart});
-    EXPECT_FAILURE(outcome, 1);
-    EXPECT_EQ("qvi: Missing WhiteReference\n", outcome.err);
 }
 
 TEST_F(QviLibraryFailure, SpectrumOutOfRange)
 {
     const Outcome outcome = Qvi({"spectrum", "100", "120", "120"});
     EXPECT_FAILURE(outcome, 1);
-    EXPECT_EQ("qvi: CMetryCalculator: Conversion out of Range\n", outcome.err);
+    EXPECT_EQ("qvi: CIELab 100.0000 120.0000 120.0000: CMetryCalculator: Conversion out of Range; no reflectance "
+              "spectrum between 0 and 1 reaches this value (try a value closer to the neutral axis or lighter than "
+              "black)\n",
+              outcome.err);
 }
 
 TEST_F(QviLibraryFailure, UnknownConditionKey)
 {
     const Outcome outcome = Qvi({"color", kChart, "--condition", "Colorimetric.Bogus=1"});
     EXPECT_FAILURE(outcome, 1);
+    EXPECT_TRUE(StartsWith(BeyondNotes(outcome.err), "qvi: --condition Colorimetric.Bogus=1: ")) << outcome;
     EXPECT_TRUE(Contains(outcome.err, "Colorimetric.Bogus")) << outcome;
+    EXPECT_TRUE(Contains(outcome.err, "; `qvi conditions` lists the keys\n")) << outcome;
 }
 
 TEST_F(QviLibraryFailure, UnknownIlluminant)
@@ -1750,6 +1186,26 @@ TEST_F(QviLibraryFailure, UnknownIlluminant)
     const Outcome outcome = Qvi({"color", kChart, "--illuminant", "D99x"});
     EXPECT_FAILURE(outcome, 1);
     EXPECT_TRUE(Contains(outcome.err, "D99x")) << outcome;
+}
+
+// A daylight temperature outside the formula's domain is used as the
+// library uses it, with a warning.
+TEST_F(QviLibraryFailure, DaylightOutsideItsDomainIsWarnedOf)
+{
+    for (const char* kelvin : {"100", "-5", "3999", "25001"}) {
+        SCOPED_TRACE(kelvin);
+        const std::string illuminant = std::string("Dxx, Temperature:") + kelvin;
+        const Outcome outcome = Qvi({"color", kChart, "--illuminant", illuminant, "-q"});
+        EXPECT_EQ(0, outcome.status) << outcome;
+        EXPECT_EQ("qvi: warning: --illuminant \"" + illuminant + "\": " + kelvin +
+                      " K is outside 4000..25000 K, where the daylight formula is defined; the results follow the "
+                      "formula beyond it\n",
+                  outcome.err);
+        EXPECT_FALSE(outcome.out.empty());
+    }
+    for (const char* kelvin : {"4000", "6500", "25000"}) {
+        EXPECT_SILENT_SUCCESS(Qvi({"color", kChart, "--illuminant", std::string("Dxx, Temperature:") + kelvin, "-q"}));
+    }
 }
 
 // ============================================================ output file
@@ -1964,16 +1420,34 @@ TEST_F(QviDeltaE, SummaryInEveryFormat)
                                                          {"exceeding_ids", summary.ids}};
     ASSERT_GT(summary.exceeding, 1u);
 
-    const Csv csv = ParseCsv(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "csv"}).out);
-    EXPECT_EQ(expected, (std::map<std::string, std::string>(csv.summary.begin(), csv.summary.end())));
+    // CSV holds the table only; its summary goes to standard error.
+    const Outcome csvRun = Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "csv"});
+    EXPECT_TRUE(ParseCsv(csvRun.out).summary.empty());
+    EXPECT_EQ(expected, SummaryLines(csvRun.err));
 
+    // JSON: numbers as numbers, the ids as an array of strings.
     const Json json = ParseJson(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "json"}).out);
     std::map<std::string, std::string> fromJson;
     for (const auto& [key, value] : json["summary"].members) {
+        if (key == "exceeding_ids") {
+            EXPECT_EQ(Json::Kind::Array, value.kind);
+            for (const Json& id : value.items) {
+                EXPECT_EQ(Json::Kind::String, id.kind);
+                fromJson[key] += (fromJson[key].empty() ? "" : " ") + id.text;
+            }
+            continue;
+        }
         fromJson[key] = value.text;
-        EXPECT_EQ(key == "exceeding_ids" ? Json::Kind::String : Json::Kind::Number, value.kind) << key;
+        EXPECT_EQ(Json::Kind::Number, value.kind) << key;
     }
     EXPECT_EQ(expected, fromJson);
+    for (const char* key : {"DELTA_E_MEAN", "DELTA_E_MAX", "DELTA_E_P95", "DELTA_E_TOLERANCE", "DELTA_E_EXCEEDING"}) {
+        EXPECT_EQ(Json::Kind::Number, json["header"][key].kind) << key;
+        EXPECT_EQ(cgats.Keyword(key), json["header"][key].text) << key;
+    }
+    for (const char* key : {"ORIGINATOR", "DELTA_E_FORMULA", "ILLUMINATION", "REFERENCE_REFLECTANCE_SCALE"}) {
+        EXPECT_EQ(Json::Kind::String, json["header"][key].kind) << key;
+    }
 
     const Strings lines = Lines(Qvi({"delta-e", kChart, kOtherChart, "--tolerance", "1.5", "--format", "table"}).out);
     ASSERT_EQ(25u + 1u + expected.size(), lines.size());
@@ -1988,15 +1462,18 @@ TEST_F(QviDeltaE, SummaryInEveryFormat)
 }
 
 // The JSON summary keeps its types whatever the data: the list of samples
-// above the tolerance is text even when it names only one sample, or none.
+// above the tolerance is an array even when it names only one sample, or
+// none.
 TEST_F(QviDeltaE, JsonSummaryTypesDoNotDependOnTheData)
 {
-    for (const char* tolerance : {"3", "100", "0"}) {
+    for (const auto& [tolerance, count] : std::vector<std::pair<std::string, std::size_t>>{{"3", 1}, {"100", 0},
+                                                                                        {"0", 24}}) {
         SCOPED_TRACE(tolerance);
         const Outcome outcome = Qvi({"delta-e", kChart, kOtherChart, "--tolerance", tolerance, "--format", "json"});
         EXPECT_SUCCESS(outcome);
         const Json json = ParseJson(outcome.out);
-        EXPECT_EQ(Json::Kind::String, json["summary"]["exceeding_ids"].kind);
+        EXPECT_EQ(Json::Kind::Array, json["summary"]["exceeding_ids"].kind);
+        EXPECT_EQ(count, json["summary"]["exceeding_ids"].items.size());
         EXPECT_EQ(Json::Kind::Number, json["summary"]["exceeding"].kind);
     }
 }
@@ -2076,13 +1553,15 @@ TEST_F(QviDeltaE, OneReferenceAgainstAThousandSamples)
 
 // The summary lists the first 20 samples above the tolerance and counts the
 // rest; the EXCEEDS column marks them all.
-TEST_F(QviDeltaE, ListOfExceedingSamplesIsBounded)
+// The machine forms list every sample above the tolerance; the table, read
+// by a person, the first 20 and the count of the rest.
+TEST_F(QviDeltaE, ListOfExceedingSamplesIsCompleteWhereMachinesReadIt)
 {
     Table first = Sample(kChips);
     first.rows.resize(1);
     const std::string path = Put("first.cgats", Rewrite(first, Layout{}));
     const Outcome outcome = Qvi({"delta-e", path, kChips, "--tolerance", "30", "--format", "csv"});
-    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ(0, outcome.status) << outcome;
     const Csv csv = ParseCsv(outcome.out);
     ASSERT_EQ(1270u, csv.lines.size());
     Strings ids;
@@ -2092,14 +1571,25 @@ TEST_F(QviDeltaE, ListOfExceedingSamplesIsBounded)
         }
     }
     ASSERT_GT(ids.size(), 20u);
-    std::string expected;
-    for (std::size_t i = 0; i < 20; ++i) {
-        expected += (i > 0 ? " " : "") + ids[i];
+    std::string all;
+    std::string first20;
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        all += (i > 0 ? " " : "") + ids[i];
+        if (i < 20) {
+            first20 += (i > 0 ? " " : "") + ids[i];
+        }
     }
-    expected += " ... (" + std::to_string(ids.size() - 20) + " more)";
-    const std::map<std::string, std::string> summary(csv.summary.begin(), csv.summary.end());
-    EXPECT_EQ(expected, summary.at("exceeding_ids"));
+    const std::map<std::string, std::string> summary = SummaryLines(outcome.err);
+    EXPECT_EQ(all, summary.at("exceeding_ids"));
     EXPECT_EQ(std::to_string(ids.size()), summary.at("exceeding"));
+    const Json json = ParseJson(Qvi({"delta-e", path, kChips, "--tolerance", "30", "--format", "json"}).out);
+    ASSERT_EQ(ids.size(), json["summary"]["exceeding_ids"].items.size());
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        EXPECT_EQ(ids[i], json["summary"]["exceeding_ids"].items[i].text);
+    }
+    const std::string table = Qvi({"delta-e", path, kChips, "--tolerance", "30", "--format", "table"}).out;
+    EXPECT_TRUE(Contains(table, "\nexceeding_ids: " + first20 + " ... (" + std::to_string(ids.size() - 20) +
+                                    " more)\n"));
 }
 
 TEST_F(QviDeltaE, ReferenceOption)
@@ -2344,7 +1834,7 @@ TEST_F(QviStandardInput, BrokenStandardInput)
     EXPECT_TRUE(StartsWith(outcome.err, "qvi: <stdin>:1: not a CGATS file")) << outcome;
     const Outcome empty = Qvi({"color", "-"}, dir, "/dev/null");
     EXPECT_FAILURE(empty, 2);
-    EXPECT_TRUE(StartsWith(empty.err, "qvi: <stdin>: not a CGATS file")) << empty;
+    EXPECT_EQ("qvi: <stdin>: standard input is empty (give a file name, or pipe a CGATS file in)\n", empty.err);
 }
 
 // ========================================================= pinned outputs
@@ -2469,7 +1959,7 @@ TEST_F(QviProgress, NoProgressWhenStandardErrorIsAFile)
 
 TEST_F(QviProgress, NoProgressForSmallInputOnATerminal)
 {
-    const Outcome outcome = QviOnTerminal({"color", SamplePath(kChart)}, dir);
+    const Outcome outcome = QviOnTerminal({"color", SamplePath(kChart), "--quiet"}, dir);
     EXPECT_EQ(0, outcome.status) << outcome;
     EXPECT_EQ("", outcome.err);
 }

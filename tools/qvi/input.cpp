@@ -1,10 +1,17 @@
 #include "tools/qvi/input.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cfloat>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <fcntl.h>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Qvi {
@@ -12,6 +19,21 @@ namespace Qvi {
 namespace {
 
 constexpr std::size_t kProgressStep = 10000;
+
+// The scale rule's bounds: a value above kPercentEvidence cannot be a
+// reflectance factor 0..1; a file whose values stay at or below
+// kFractionCeiling reads as 0..1.
+constexpr double kPercentEvidence = 2.0;
+constexpr double kFractionCeiling = 1.5;
+
+// The grid points 400 nm and 700 nm, which every spectral file must measure.
+constexpr int k400 = 2;
+constexpr int k700 = 32;
+
+int Wavelength(int point)
+{
+    return 380 + 10 * point;
+}
 
 void Progress(bool enabled, const std::string& what, const std::string& file, std::size_t rows)
 {
@@ -27,37 +49,127 @@ void EndProgress(bool enabled)
     }
 }
 
+std::string Reason()
+{
+    return std::strerror(errno);
+}
+
+// Standard input, copied in large blocks.
+void CopyStandardInput(const std::string& target)
+{
+    const int out = open(target.c_str(), O_WRONLY | O_TRUNC);
+    if (out < 0) {
+        throw Cgats::Error(target, 0, "cannot write a temporary file: " + Reason());
+    }
+    std::vector<char> buffer(1 << 20);
+    while (true) {
+        const ssize_t got = read(STDIN_FILENO, buffer.data(), buffer.size());
+        if (got == 0) {
+            break;
+        }
+        if (got < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            const std::string reason = Reason();
+            close(out);
+            throw Cgats::Error("<stdin>", 0, "cannot read standard input: " + reason);
+        }
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t put = write(out, buffer.data() + done, static_cast<std::size_t>(got - done));
+            if (put < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                const std::string reason = Reason();
+                close(out);
+                throw Cgats::Error(target, 0, "cannot write a temporary file: " + reason);
+            }
+            done += put;
+        }
+    }
+    close(out);
+}
+
+std::string Where(const Sample& sample)
+{
+    return "sample " + sample.id + ", line " + std::to_string(sample.line);
+}
+
+std::string Shortest(double value)
+{
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.6g", value);
+    return buffer;
+}
+
 } // namespace
 
-SpectralFile::SpectralFile(const std::string& filePath) : path(filePath), name(filePath)
+MeasurementFile::MeasurementFile(const std::string& filePath) : path(filePath), name(filePath)
 {
     if (filePath == "-") {
         name = "<stdin>";
+        struct stat info {};
+        const off_t offset = lseek(STDIN_FILENO, 0, SEEK_CUR);
+        if (fstat(STDIN_FILENO, &info) == 0 && S_ISREG(info.st_mode) && offset >= 0) {
+            // A file given as standard input is read where it stands, from
+            // the point standard input has reached, as often as needed.
+            path = "/dev/fd/0";
+            start = offset;
+            if (info.st_size <= offset) {
+                throw Cgats::Error(name, 0, "standard input is empty (give a file name, or pipe a CGATS file in)");
+            }
+            return;
+        }
+        // A pipe or a terminal is read once, into a temporary file.
         copy = std::make_unique<TempFile>();
-        std::ofstream out(copy->Path(), std::ios::binary);
-        out << std::cin.rdbuf();
+        CopyStandardInput(copy->Path());
         path = copy->Path();
+        if (stat(path.c_str(), &info) == 0 && info.st_size == 0) {
+            throw Cgats::Error(name, 0, "standard input is empty (give a file name, or pipe a CGATS file in)");
+        }
+        return;
     }
-    std::ifstream probe(path, std::ios::binary);
-    if (!probe) {
-        throw Cgats::Error(name, 0, "cannot open the file");
+    const int descriptor = open(path.c_str(), O_RDONLY);
+    if (descriptor < 0) {
+        throw Cgats::Error(name, 0, "cannot open the file: " + Reason());
+    }
+    struct stat info {};
+    const bool directory = fstat(descriptor, &info) == 0 && S_ISDIR(info.st_mode);
+    close(descriptor);
+    if (directory) {
+        throw Cgats::Error(name, 0, "is a directory, not a measurement file");
     }
 }
 
-void SpectralFile::Open(std::ifstream& stream) const
+void MeasurementFile::Open(std::ifstream& stream) const
 {
     stream.open(path, std::ios::binary);
     if (!stream) {
-        throw Cgats::Error(name, 0, "cannot open the file");
+        throw Cgats::Error(name, 0, "cannot open the file: " + Reason());
+    }
+    if (start > 0 && !stream.seekg(start)) {
+        throw Cgats::Error(name, 0, "cannot read standard input from where it stands");
     }
 }
 
-void SpectralFile::Layout(const Cgats::Reader& reader)
+std::string MeasurementFile::ScaleText() const
+{
+    if (!decided || content == Content::Lab || emission) {
+        return std::string();
+    }
+    return divisor == 1.0 ? "0..1" : divisor == 100.0 ? "0..100" : "0.." + Shortest(divisor);
+}
+
+void MeasurementFile::Layout(const Cgats::Reader& reader)
 {
     gridField.fill(-1);
-    const auto& fields = reader.Fields();
+    extension.clear();
+    fields = reader.Fields();
+    bool spectral = false;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const int wavelength = Cgats::SpectralWavelength(fields[i]);
+        spectral = spectral || wavelength > 0;
         if (wavelength >= 380 && wavelength <= 730 && wavelength % 10 == 0) {
             int& slot = gridField[static_cast<std::size_t>((wavelength - 380) / 10)];
             if (slot >= 0) {
@@ -68,81 +180,214 @@ void SpectralFile::Layout(const Cgats::Reader& reader)
             slot = static_cast<int>(i);
         }
     }
-    for (int point = 0; point < kGridPoints; ++point) {
-        if (gridField[point] < 0) {
-            throw Cgats::Error(name, reader.FormatLine(),
-                               "no spectral field for " + std::to_string(380 + 10 * point) +
-                                   " nm (fields such as SPECTRAL_NM380 ... SPECTRAL_NM730 are needed)");
-        }
-    }
     idField = reader.FieldIndex("SAMPLE_ID");
     nameField = reader.FieldIndex("SAMPLE_NAME");
-    const std::string measurement = reader.Keyword("MEAS_TYPE");
-    emission = measurement == "EMISSION";
-}
-
-void SpectralFile::Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
-                        bool scaled) const
-{
-    Identify(row, index, sample);
+    emission = reader.Keyword("MEAS_TYPE") == "EMISSION";
+    labField = {reader.FieldIndex("LAB_L"), reader.FieldIndex("LAB_A"), reader.FieldIndex("LAB_B")};
+    const bool lab = std::all_of(labField.begin(), labField.end(), [](int field) { return field >= 0; });
+    if (!spectral && lab) {
+        content = Content::Lab;
+        return;
+    }
+    content = Content::Spectra;
+    const std::string needed =
+        " (fields such as SPECTRAL_NM400 ... SPECTRAL_NM700 are needed at least, or LAB_L, LAB_A and LAB_B without "
+        "spectral fields)";
+    for (int point = k400; point <= k700; ++point) {
+        if (gridField[point] < 0) {
+            throw Cgats::Error(name, reader.FormatLine(),
+                               "no spectral field for " + std::to_string(Wavelength(point)) + " nm" + needed);
+        }
+    }
+    // The measured range runs without a gap from `first` to `last`.
+    first = k400;
+    while (first > 0 && gridField[first - 1] >= 0) {
+        --first;
+    }
+    last = k700;
+    while (last < kGridPoints - 1 && gridField[last + 1] >= 0) {
+        ++last;
+    }
     for (int point = 0; point < kGridPoints; ++point) {
-        const std::string_view text = row.values[gridField[point]];
-        double value;
-        bool good;
-        if (scaled) {
-            good = Scaled(text, sample.values[point]);
-            value = sample.values[point];
-        } else {
-            good = Cgats::ParseNumber(text, value);
+        if ((point < first || point > last) && gridField[point] >= 0) {
+            const int gap = point < first ? first - 1 : last + 1;
+            throw Cgats::Error(name, reader.FormatLine(),
+                               "no spectral field for " + std::to_string(Wavelength(gap)) + " nm, though " +
+                                   std::to_string(Wavelength(point)) + " nm is there" + needed);
         }
-        if (!good) {
-            throw NotANumber(reader, row, point);
-        }
-        sample.raw[point] = value;
+    }
+    if (first > 0) {
+        extension = std::to_string(Wavelength(0)) + ".." + std::to_string(Wavelength(first - 1)) + " nm from " +
+                    std::to_string(Wavelength(first)) + " nm";
+    }
+    if (last < kGridPoints - 1) {
+        extension += (extension.empty() ? "" : ", ") + std::to_string(Wavelength(last + 1)) + ".." +
+                     std::to_string(Wavelength(kGridPoints - 1)) + " nm from " + std::to_string(Wavelength(last)) +
+                     " nm";
+    }
+    if (!extension.empty() && !extensionNoted) {
+        extensionNoted = true;
+        Note(name + ": measured " + std::to_string(Wavelength(first)) + ".." + std::to_string(Wavelength(last)) +
+             " nm; the rest of 380..730 nm takes the nearest measured value (" + extension + ")");
     }
 }
 
-void SpectralFile::Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const
+void MeasurementFile::Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const
 {
     sample.line = row.line;
     sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
     sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
 }
 
-Cgats::Error SpectralFile::NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const
+void MeasurementFile::Refuse(const Cgats::Row& row, int field, const char* what) const
 {
-    return Cgats::Error(name, row.line,
-                        "the value \"" + std::string(row.values[gridField[point]]) + "\" of " +
-                            reader.Fields()[gridField[point]] + " is not a number");
+    throw Cgats::Error(name, row.line,
+                       "the value \"" + std::string(row.values[field]) + "\" of " + fields[field] + " " + what);
 }
 
-std::exception_ptr SpectralFile::ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
-                                          Sample& sample) const
+bool MeasurementFile::FitsAFloat(double magnitude) const
+{
+    return magnitude == 0.0 || (magnitude >= static_cast<double>(FLT_MIN) && magnitude <= static_cast<double>(FLT_MAX));
+}
+
+bool MeasurementFile::Read(const Cgats::Row& row, std::size_t index, Sample& sample, bool scaled,
+                           Evidence* evidence) const
 {
     Identify(row, index, sample);
-    std::exception_ptr deferred;
-    for (int point = 0; point < kGridPoints; ++point) {
-        const std::string_view text = row.values[gridField[point]];
+    if (content == Content::Lab) {
+        for (int axis = 0; axis < 3; ++axis) {
+            const std::string_view text = row.values[labField[axis]];
+            double number;
+            float single;
+            bool singleGood;
+            if (!Cgats::ParseNumber(text, number, single, singleGood)) {
+                Refuse(row, labField[axis], Cgats::IsWrittenNumber(text) ? "is out of range" : "is not a number");
+            }
+            if (!singleGood || !FitsAFloat(std::fabs(number))) {
+                Refuse(row, labField[axis], "is out of range: it does not fit a float (3.4e38)");
+            }
+            sample.lab[axis] = single;
+        }
+        return true;
+    }
+    bool fits = true;
+    double sampleMaximum = -HUGE_VAL;
+    int maximumField = first;
+    for (int point = first; point <= last; ++point) {
+        const int field = gridField[point];
+        const std::string_view text = row.values[field];
         double number;
         float single;
         bool singleGood;
         if (!Cgats::ParseNumber(text, number, single, singleGood)) {
-            throw NotANumber(reader, row, point);
+            Refuse(row, field,
+                   Cgats::IsWrittenNumber(text) ? "is out of range: it does not fit a double" : "is not a number");
         }
-        sample.raw[point] = number;
-        if (divisor != 1.0) {
-            sample.values[point] = static_cast<float>(number / divisor);
-        } else if (singleGood) {
+        if (number > sampleMaximum) {
+            sampleMaximum = number;
+            maximumField = field;
+        }
+        if (evidence != nullptr) {
+            const double magnitude = std::fabs(number);
+            if (magnitude > evidence->maximum) {
+                evidence->maximum = magnitude;
+                evidence->maximumText = std::string(text);
+                evidence->maximumLine = row.line;
+                evidence->maximumField = fields[field];
+            }
+            if (magnitude > 0.0 && (evidence->minimum == 0.0 || magnitude < evidence->minimum)) {
+                evidence->minimum = magnitude;
+                evidence->minimumText = std::string(text);
+                evidence->minimumLine = row.line;
+                evidence->minimumField = fields[field];
+            }
+        }
+        if (!scaled) {
+            continue;
+        }
+        if (!FitsAFloat(std::fabs(number) / divisor)) {
+            fits = false;
+        } else if (divisor == 1.0) {
+            // Straight into a float: one rounding of the written decimal.
             sample.values[point] = single;
-        } else if (deferred == nullptr) {
-            deferred = std::make_exception_ptr(NotANumber(reader, row, point));
+        } else {
+            sample.values[point] = static_cast<float>(number / divisor);
         }
     }
-    return deferred;
+    if (scaled) {
+        for (int point = 0; point < first; ++point) {
+            sample.values[point] = sample.values[first];
+        }
+        for (int point = last + 1; point < kGridPoints; ++point) {
+            sample.values[point] = sample.values[last];
+        }
+    }
+    if (evidence != nullptr) {
+        ++evidence->samples;
+        if (sampleMaximum > kPercentEvidence) {
+            if (evidence->above++ == 0) {
+                evidence->aboveAt =
+                    Where(sample) + ": " + std::string(row.values[maximumField]) + " in " + fields[maximumField];
+            }
+        } else if (evidence->belowAt.empty()) {
+            evidence->belowAt = Where(sample);
+        }
+        if (evidence->largestAt.empty() || sampleMaximum > evidence->largest) {
+            evidence->largest = sampleMaximum;
+            evidence->largestAt = Where(sample);
+        }
+    }
+    return fits;
 }
 
-std::size_t SpectralFile::Pass(const char* what, bool progress,
-                              const std::function<void(const Cgats::Reader&, const Cgats::Row&, std::size_t)>& visit)
+void MeasurementFile::Decide(Scale scale, const Evidence& evidence)
+{
+    decided = true;
+    if (content == Content::Lab) {
+        return;
+    }
+    if (!scale.automatic) {
+        divisor = scale.divisor;
+    } else if (emission) {
+        // Relative spectral power keeps its own scale.
+        divisor = 1.0;
+    } else if (2 * evidence.above > evidence.samples) {
+        divisor = 100.0;
+        Note(name + ": reflectance read as 0..100: " + std::to_string(evidence.above) + " of " +
+             std::to_string(evidence.samples) + " samples have values above 2 (--scale sets the scale)");
+    } else if (evidence.above == 0 && evidence.largest <= kFractionCeiling) {
+        divisor = 1.0;
+        Note(name + ": reflectance read as 0..1: no value above 1.5 (--scale sets the scale)");
+    } else if (evidence.above > 0) {
+        throw Cgats::Error(name, 0,
+                           "the reflectance scale is ambiguous: " + std::to_string(evidence.above) + " of " +
+                               std::to_string(evidence.samples) +
+                               (evidence.above == 1 ? " samples has" : " samples have") + " values above 2 (the first: " +
+                               evidence.aboveAt + "), the others none (the first: " + evidence.belowAt +
+                               "); give --scale 1 if the file is 0..1 (then those values are errors or "
+                               "fluorescence) or --scale 100 if it is 0..100");
+    } else {
+        throw Cgats::Error(name, 0,
+                           "the reflectance scale is ambiguous: the largest value, " + Shortest(evidence.largest) +
+                               " (" + evidence.largestAt +
+                               "), is high for 0..1 and low for 0..100; give --scale 1 or --scale 100");
+    }
+    if (!FitsAFloat(evidence.maximum / divisor)) {
+        throw Cgats::Error(name, evidence.maximumLine,
+                           "the value \"" + evidence.maximumText + "\" of " + evidence.maximumField +
+                               " is out of range: on the scale " + ScaleText() +
+                               " it is beyond a float (3.4e38)");
+    }
+    if (!FitsAFloat(evidence.minimum / divisor)) {
+        throw Cgats::Error(name, evidence.minimumLine,
+                           "the value \"" + evidence.minimumText + "\" of " + evidence.minimumField +
+                               " is out of range: on the scale " + ScaleText() +
+                               " it is too close to 0 for a float (1.2e-38); write 0");
+    }
+}
+
+std::size_t MeasurementFile::Pass(const char* what, bool progress,
+                                  const std::function<void(const Cgats::Reader&, const Cgats::Row&, std::size_t)>& visit)
 {
     std::ifstream stream;
     Open(stream);
@@ -159,19 +404,17 @@ std::size_t SpectralFile::Pass(const char* what, bool progress,
     return reader.FormatLine();
 }
 
-void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool progress)
+void MeasurementFile::Survey(const std::set<std::string>& wanted, Scale scale, bool progress)
 {
     Sample sample;
-    double maximum = 0.0;
+    Evidence evidence;
     count = 0;
     kept.clear();
+    keptTexts.clear();
     const std::size_t formatLine =
-        Pass("checking", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index) {
+        Pass("checking", progress, [&](const Cgats::Reader&, const Cgats::Row& row, std::size_t index) {
             count = index;
-            Read(reader, row, index, sample, false);
-            for (double value : sample.raw) {
-                maximum = std::max(maximum, value);
-            }
+            Read(row, index, sample, false, &evidence);
             if (!keepAll && wanted.count(sample.id) == 0) {
                 return;
             }
@@ -186,8 +429,8 @@ void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool
             }
             kept[sample.id] = sample;
             std::vector<std::string>& texts = keptTexts[sample.id];
-            for (int point = 0; point < kGridPoints; ++point) {
-                texts.emplace_back(row.values[gridField[point]]);
+            for (const std::string_view value : row.values) {
+                texts.emplace_back(value);
             }
         });
     if (count == 0) {
@@ -198,119 +441,126 @@ void SpectralFile::Survey(const std::set<std::string>& wanted, Scale scale, bool
             throw Cgats::Error(name, 0, "no sample with SAMPLE_ID " + id);
         }
     }
-    if (scale.automatic) {
-        // Emission data keeps its own scale; reflectance above 2 is percent.
-        divisor = !emission && maximum > 2.0 ? 100.0 : 1.0;
-    } else {
-        divisor = scale.divisor;
-    }
-    // The kept samples' values on the scale now known, from their texts.
+    Decide(scale, evidence);
+    // The kept samples' values on the scale now known, from their texts
+    // (checked already: nothing can be refused here).
     for (auto& [id, entry] : kept) {
-        const std::vector<std::string>& texts = keptTexts[id];
-        for (int point = 0; point < kGridPoints; ++point) {
-            Scaled(texts[point], entry.values[point]);
+        Cgats::Row row;
+        row.line = entry.line;
+        for (const std::string& text : keptTexts[id]) {
+            row.values.emplace_back(text);
         }
+        const std::string identity = entry.id;
+        Read(row, 0, entry, true, nullptr);
+        entry.id = identity;
     }
     keptTexts.clear();
 }
 
-bool SpectralFile::Scaled(std::string_view text, float& value) const
+void MeasurementFile::Stream(Scale scale, const std::function<void()>& prepare,
+                             const std::function<void(const Sample&)>& function, const std::function<void()>& restart,
+                             bool progress)
 {
-    if (divisor == 1.0) {
-        // Straight into a float: one rounding of the written decimal.
-        return Cgats::ParseNumber(text, value);
-    }
-    double number;
-    if (!Cgats::ParseNumber(text, number)) {
-        return false;
-    }
-    value = static_cast<float>(number / divisor);
-    return true;
-}
-
-void SpectralFile::Stream(Scale scale, const std::function<void()>& prepare,
-                          const std::function<void(const Sample&)>& function, const std::function<void()>& restart,
-                          bool progress)
-{
-    // Thrown out of a pass when the scale turns out to be percent.
-    struct Settled {};
+    // The scale the samples are computed on while the file is read: fixed,
+    // or assumed from the first sample until the whole file has spoken.
+    bool fixed = !scale.automatic;
+    divisor = fixed ? scale.divisor : 1.0;
+    decided = false;
+    kept.clear();
+    count = 0;
     bool prepared = false;
     std::exception_ptr preparation;
-    bool scaleKnown = !scale.automatic;
-    divisor = scale.automatic ? 1.0 : scale.divisor;
-    kept.clear();
-    while (true) {
-        std::exception_ptr failure = preparation;
-        Sample sample;
-        count = 0;
-        std::size_t formatLine = 0;
-        try {
-            formatLine = Pass("computing", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row,
-                                                         std::size_t index) {
-                count = index;
-                if (!prepared) {
-                    // After the header: Layout has run.
-                    prepared = true;
-                    if (emission) {
-                        // Emission data keeps its own scale.
-                        scaleKnown = true;
-                    }
-                    try {
-                        prepare();
-                    } catch (...) {
-                        preparation = std::current_exception();
-                        failure = preparation;
-                    }
+    std::exception_ptr failure;
+    bool computing = true;
+    // Computing stopped before the end without a failure of its own.
+    bool incomplete = false;
+    Evidence evidence;
+    Sample sample;
+    const std::size_t formatLine =
+        Pass("computing", progress, [&](const Cgats::Reader&, const Cgats::Row& row, std::size_t index) {
+            count = index;
+            if (!prepared) {
+                // After the header: Layout has run.
+                prepared = true;
+                if (emission || content == Content::Lab) {
+                    fixed = true;
+                    divisor = scale.automatic ? 1.0 : scale.divisor;
+                } else if (!fixed) {
+                    divisor = FirstMaximum(row) > kPercentEvidence ? 100.0 : 1.0;
                 }
-                // Checked as the survey checks it; what only the computing
-                // pass would refuse waits like a failure of the computing.
-                const std::exception_ptr refused = ReadOnce(reader, row, index, sample);
-                if (!scaleKnown && *std::max_element(sample.raw.begin(), sample.raw.end()) > 2.0) {
-                    scaleKnown = true;
-                    divisor = 100.0;
-                    throw Settled{};
+                try {
+                    prepare();
+                } catch (...) {
+                    preparation = std::current_exception();
+                    computing = false;
                 }
-                if (failure == nullptr) {
-                    if (refused != nullptr) {
-                        failure = refused;
-                        return;
-                    }
-                    try {
-                        function(sample);
-                    } catch (...) {
-                        failure = std::current_exception();
-                    }
-                }
-            });
-        } catch (const Settled&) {
-            EndProgress(progress);
-            // Nothing was computed when the preparation failed.
-            if (preparation == nullptr) {
-                restart();
             }
-            continue;
-        }
-        if (count == 0) {
-            throw Cgats::Error(name, formatLine, "the file holds no samples");
-        }
+            const bool fits = Read(row, index, sample, computing, &evidence);
+            if (!computing) {
+                return;
+            }
+            if (!fits || (!fixed && divisor == 1.0 && evidence.largest > kFractionCeiling)) {
+                // The run fails on this scale, or the file is not 0..1: the
+                // rest is only checked.
+                computing = false;
+                incomplete = true;
+                return;
+            }
+            try {
+                function(sample);
+            } catch (...) {
+                failure = std::current_exception();
+                computing = false;
+            }
+        });
+    if (count == 0) {
+        throw Cgats::Error(name, formatLine, "the file holds no samples");
+    }
+    const double assumed = divisor;
+    Decide(scale, evidence);
+    if (preparation != nullptr) {
+        std::rethrow_exception(preparation);
+    }
+    if (divisor == assumed) {
         if (failure != nullptr) {
             std::rethrow_exception(failure);
         }
-        return;
+        if (!incomplete) {
+            return;
+        }
     }
+    restart();
+    ForEach(function, progress);
 }
 
-const Sample* SpectralFile::Find(const std::string& id) const
+double MeasurementFile::FirstMaximum(const Cgats::Row& row) const
+{
+    double maximum = -HUGE_VAL;
+    for (int point = first; point <= last; ++point) {
+        double number;
+        if (Cgats::ParseNumber(row.values[gridField[point]], number)) {
+            maximum = std::max(maximum, number);
+        }
+    }
+    return maximum;
+}
+
+const std::string& MeasurementFile::SpectralField(int point) const
+{
+    return fields[static_cast<std::size_t>(gridField[std::clamp(point, first, last)])];
+}
+
+const Sample* MeasurementFile::Find(const std::string& id) const
 {
     const auto found = kept.find(id);
     return found == kept.end() ? nullptr : &found->second;
 }
 
-void SpectralFile::ForEach(const std::function<void(const Sample&)>& function, bool progress)
+void MeasurementFile::ForEach(const std::function<void(const Sample&)>& function, bool progress)
 {
     Sample sample;
-    Pass("computing", progress, [&](const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index) {
-        Read(reader, row, index, sample, true);
+    Pass("computing", progress, [&](const Cgats::Reader&, const Cgats::Row& row, std::size_t index) {
+        Read(row, index, sample, true, nullptr);
         function(sample);
     });
 }

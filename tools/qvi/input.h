@@ -1,13 +1,33 @@
 #ifndef QVIMANAGER_TOOLS_QVI_INPUT_H
 #define QVIMANAGER_TOOLS_QVI_INPUT_H
 
-// Spectral input files for qvi: the 36 grid points 380..730 nm of every
-// sample, read row by row from a CGATS file.
+// Measurement files for qvi, read row by row from CGATS: spectra on the 36
+// grid points 380..730 nm, or Lab values.
+//
+// Spectra. The fields of the 10 nm points are used (5 nm and 1 nm files
+// keep their 10 nm points). A file must measure at least 400..700 nm
+// without a gap; 380..390 nm and 710..730 nm, where many instruments stop,
+// take the nearest measured value, and the file says so (Extension()).
+//
+// Reflectance scale. Reflectance is written as 0..1 or as 0..100. Unless the
+// scale is given, it is decided on the whole file: 0..100 when most samples
+// (more than half) have a value above 2, 0..1 when no value exceeds 1.5.
+// Anything else (a 0..1 file with an outlier above 2, a file of values up to
+// 2 only) is ambiguous and raises an error that asks for --scale: the scale
+// is never guessed. Emission files (MEAS_TYPE EMISSION) keep their own
+// scale.
+//
+// Range. Every value, on its scale, must be a float: at most 3.4e38 in
+// magnitude, and 0 or at least 1.2e-38. Anything beyond is refused as "out
+// of range" with file, line and field.
+//
+// Lab files hold LAB_L, LAB_A and LAB_B and no spectral fields.
 
 #include <array>
 #include <exception>
 #include <fstream>
 #include <functional>
+#include <ios>
 #include <map>
 #include <memory>
 #include <set>
@@ -26,49 +46,63 @@ struct Sample {
     std::string id;
     std::string name;
     std::size_t line = 0;
-    // Values as read, before scaling.
-    std::array<double, kGridPoints> raw{};
-    // The values on the reflectance scale 0..1 (or as read for emission).
+    // Spectra: the values on the reflectance scale 0..1 (or as read for
+    // emission), the unmeasured ends filled in.
     std::array<float, kGridPoints> values{};
+    // Lab files: L*, a*, b*.
+    std::array<float, 3> lab{};
 };
 
-// How reflectance is written: "auto" decides from the data (0..1 unless a
-// value exceeds 2), or a fixed divisor 1 or 100.
+// How reflectance is written: decided from the data, or a fixed divisor
+// 1 or 100.
 struct Scale {
     bool automatic = true;
     double divisor = 1.0;
 };
 
-class SpectralFile {
+class MeasurementFile {
 public:
-    // Opens the file ("-" is standard input, copied to a temporary file so
-    // that it can be read twice).
-    explicit SpectralFile(const std::string& path);
+    enum class Content { Spectra, Lab };
 
-    // The first pass: checks the whole file (structure, grid fields,
-    // numbers; unique sample ids when every sample is kept), finds the
-    // scale, and keeps the samples named in `wanted` (by SAMPLE_ID; the
-    // first of equal ids). Raises Cgats::Error.
+    // Opens the file. "-" is standard input: a file given as standard input
+    // is read in place; a pipe is copied to a temporary file, so that it can
+    // be read twice. A file that cannot be opened, a directory and an empty
+    // standard input raise Cgats::Error.
+    explicit MeasurementFile(const std::string& path);
+
+    // The first pass: checks the whole file (structure, fields, numbers;
+    // unique sample ids when every sample is kept), decides the scale, and
+    // keeps the samples named in `wanted` (by SAMPLE_ID; the first of equal
+    // ids). Raises Cgats::Error.
     void Survey(const std::set<std::string>& wanted, Scale scale, bool progress);
     // The second pass: each sample in file order.
     void ForEach(const std::function<void(const Sample&)>& function, bool progress);
     // Survey with nothing wanted, `prepare`, then ForEach, in one reading of
     // the file where that gives the same outcome. `prepare` runs once the
     // header is read. A failure of `prepare` or of `function` is held back
-    // until the whole file is checked, so that a broken row anywhere is
-    // reported first, as after a survey. With the scale automatic the samples
-    // are computed on 0..1 until a value above 2 settles it to percent; then
-    // `restart` is called (it must forget every result so far) and the
-    // computing begins again from the first sample. Files that start with
-    // percent values settle at once.
+    // until the whole file is checked, so that a broken row anywhere, an
+    // ambiguous scale or a value out of range is reported first, as after a
+    // survey. An undecided scale is taken from the first sample (0..100 if
+    // it has a value above 2); when the whole file decides otherwise,
+    // `restart` is called (it must forget every result so far) and every
+    // sample is computed again.
     void Stream(Scale scale, const std::function<void()>& prepare, const std::function<void(const Sample&)>& function,
                 const std::function<void()>& restart, bool progress);
 
     const std::string& Name() const { return name; }
+    Content Holds() const { return content; }
     std::size_t Count() const { return count; }
-    double Divisor() const { return divisor; }
     bool Emission() const { return emission; }
     bool HasNames() const { return nameField >= 0; }
+    // "0..1" or "0..100" once the scale is known; "" for emission and Lab.
+    std::string ScaleText() const;
+    // How the unmeasured ends were filled, e.g. "380..390 nm from 400 nm,
+    // 710..730 nm from 700 nm"; "" when the file covers 380..730 nm.
+    const std::string& Extension() const { return extension; }
+    // The name of the field that gives grid point `point` (for a filled-in
+    // end, the field of the nearest measured point), and of L*, a*, b*.
+    const std::string& SpectralField(int point) const;
+    const std::string& LabField(int axis) const { return fields[static_cast<std::size_t>(labField[axis])]; }
     // A sample kept by Survey, or null.
     const Sample* Find(const std::string& id) const;
     // Makes Survey keep every sample (a reference file).
@@ -76,36 +110,70 @@ public:
     const std::map<std::string, Sample>& Kept() const { return kept; }
 
 private:
+    // What the scale rule looks at, gathered row by row.
+    struct Evidence {
+        std::size_t samples = 0;
+        // Samples with a value above 2, and the first of them.
+        std::size_t above = 0;
+        std::string aboveAt;
+        // The first sample without one.
+        std::string belowAt;
+        // The largest value, and the largest and smallest non-zero
+        // magnitudes with where they are.
+        double largest = 0.0;
+        std::string largestAt;
+        double maximum = 0.0;
+        double minimum = 0.0;
+        std::string maximumText;
+        std::string minimumText;
+        std::size_t maximumLine = 0;
+        std::size_t minimumLine = 0;
+        std::string maximumField;
+        std::string minimumField;
+    };
+
     void Open(std::ifstream& stream) const;
     // Reads the file once, calling `visit` for each row with its 1-based
     // index; returns the line of the data format's end.
     std::size_t Pass(const char* what, bool progress,
                      const std::function<void(const Cgats::Reader&, const Cgats::Row&, std::size_t)>& visit);
-    // A written value on the file's scale; false for anything but a finite
-    // number.
-    bool Scaled(std::string_view text, float& value) const;
     void Layout(const Cgats::Reader& reader);
-    // Reads the sample as Survey does (a value that is no number raises)
-    // and on the current scale as ForEach does, where a value can still fail
-    // (one that fits a double but not a float): that error is returned, not
-    // raised.
-    std::exception_ptr ReadOnce(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index,
-                                Sample& sample) const;
     // Line, SAMPLE_ID (or the 1-based index) and SAMPLE_NAME of the row.
     void Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const;
-    Cgats::Error NotANumber(const Cgats::Reader& reader, const Cgats::Row& row, int point) const;
-    // Reads the sample; with `scaled` also its values on the chosen scale.
-    void Read(const Cgats::Reader& reader, const Cgats::Row& row, std::size_t index, Sample& sample,
-              bool scaled) const;
+    [[noreturn]] void Refuse(const Cgats::Row& row, int field, const char* what) const;
+    // Reads a row: Lab values, or the spectral values on the scale
+    // `divisor` when `scaled`; every number is checked, and the evidence
+    // gathered when `evidence` is given. Returns false when a value does
+    // not fit a float on that scale (only possible with `scaled`).
+    bool Read(const Cgats::Row& row, std::size_t index, Sample& sample, bool scaled, Evidence* evidence) const;
+    // The scale of the file from the evidence (or as given); raises when it
+    // is ambiguous or a value is out of range on it. Tells the decision.
+    void Decide(Scale scale, const Evidence& evidence);
+    bool FitsAFloat(double magnitude) const;
+    // The largest number among a spectral row's values (those that are
+    // numbers).
+    double FirstMaximum(const Cgats::Row& row) const;
 
     std::string path;
     std::string name;
     std::unique_ptr<TempFile> copy;
+    // Where reading starts: a file given as standard input may have been
+    // read in part before qvi started.
+    std::streamoff start = 0;
+    Content content = Content::Spectra;
+    std::vector<std::string> fields;
+    // The field of each grid point (-1: filled from `first` or `last`).
     std::array<int, kGridPoints> gridField{};
+    int first = 0;
+    int last = kGridPoints - 1;
+    std::array<int, 3> labField{};
+    std::string extension;
+    bool extensionNoted = false;
     int idField = -1;
     int nameField = -1;
     std::size_t count = 0;
     double divisor = 1.0;
+    bool decided = false;
     bool emission = false;
     bool keepAll = false;
     std::map<std::string, Sample> kept;

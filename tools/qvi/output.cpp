@@ -1,10 +1,14 @@
 #include "tools/qvi/output.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <stdexcept>
 #include <string_view>
 #include <unistd.h>
@@ -14,6 +18,52 @@
 namespace Qvi {
 
 namespace {
+
+bool gQuiet = false;
+
+// The paths that a signal removes: fixed storage, so that the handler needs
+// nothing but unlink.
+constexpr int kGuardedPaths = 16;
+constexpr std::size_t kGuardedLength = 4096;
+char gGuardedPath[kGuardedPaths][kGuardedLength];
+std::atomic<bool> gGuarded[kGuardedPaths];
+
+const int kCleanupSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
+
+extern "C" void RemoveAndEnd(int signal)
+{
+    for (int i = 0; i < kGuardedPaths; ++i) {
+        if (gGuarded[i].load()) {
+            unlink(gGuardedPath[i]);
+        }
+    }
+    // Ended by the signal itself, as if it had not been caught.
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL;
+    sigemptyset(&standard.sa_mask);
+    sigaction(signal, &standard, nullptr);
+    raise(signal);
+}
+
+// Holds the cleanup signals back while a guard changes.
+class SignalsHeld {
+public:
+    SignalsHeld()
+    {
+        sigset_t set;
+        sigemptyset(&set);
+        for (int signal : kCleanupSignals) {
+            sigaddset(&set, signal);
+        }
+        sigprocmask(SIG_BLOCK, &set, &previous);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &previous, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t previous;
+};
 
 std::string JsonString(const std::string& text)
 {
@@ -51,7 +101,8 @@ std::string JsonString(const std::string& text)
 
 std::string CsvField(const std::string& text)
 {
-    if (text.find_first_of(",\"\n\r") == std::string::npos && (text.empty() || (text.front() != ' ' && text.back() != ' '))) {
+    if (text.find_first_of(",\"\n\r\t") == std::string::npos &&
+        (text.empty() || (text.front() != ' ' && text.back() != ' '))) {
         return text;
     }
     std::string out = "\"";
@@ -65,7 +116,120 @@ std::string CsvField(const std::string& text)
     return out;
 }
 
+bool Special(char c)
+{
+    return c == '\t' || c == '\n' || c == '\r';
+}
+
+// The length of Visible(text).
+std::size_t VisibleSize(const std::string& text)
+{
+    return text.size() + static_cast<std::size_t>(std::count_if(text.begin(), text.end(), Special));
+}
+
+// In the spool, tabs separate values and a line end ends a row: a backslash
+// escapes these and itself inside a value.
+void Spool(const std::string& value, std::FILE* file)
+{
+    if (value.find_first_of("\t\n\r\\") == std::string::npos) {
+        std::fwrite(value.data(), 1, value.size(), file);
+        return;
+    }
+    for (char c : value) {
+        switch (c) {
+        case '\t':
+            std::fputs("\\t", file);
+            break;
+        case '\n':
+            std::fputs("\\n", file);
+            break;
+        case '\r':
+            std::fputs("\\r", file);
+            break;
+        case '\\':
+            std::fputs("\\\\", file);
+            break;
+        default:
+            std::fputc(c, file);
+        }
+    }
+}
+
+void Unspool(std::string_view text, std::string& value)
+{
+    if (text.find('\\') == std::string_view::npos) {
+        value.assign(text);
+        return;
+    }
+    value.clear();
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            value += text[i];
+            continue;
+        }
+        const char next = text[++i];
+        value += next == 't' ? '\t' : next == 'n' ? '\n' : next == 'r' ? '\r' : next;
+    }
+}
+
 } // namespace
+
+void SetQuiet(bool quiet)
+{
+    gQuiet = quiet;
+}
+
+void Note(const std::string& text)
+{
+    if (!gQuiet) {
+        std::cerr << "qvi: " << text << '\n';
+    }
+}
+
+void Warn(const std::string& text)
+{
+    std::cerr << "qvi: warning: " << text << '\n';
+}
+
+void RemoveTemporaryFilesOnSignals()
+{
+    for (int signal : kCleanupSignals) {
+        struct sigaction current {};
+        if (sigaction(signal, nullptr, &current) != 0 || current.sa_handler == SIG_IGN) {
+            continue;
+        }
+        struct sigaction handler {};
+        handler.sa_handler = RemoveAndEnd;
+        sigemptyset(&handler.sa_mask);
+        for (int other : kCleanupSignals) {
+            sigaddset(&handler.sa_mask, other);
+        }
+        sigaction(signal, &handler, nullptr);
+    }
+}
+
+void SignalGuard::Set(const std::string& path)
+{
+    if (path.size() >= kGuardedLength) {
+        return;
+    }
+    SignalsHeld held;
+    for (int i = 0; i < kGuardedPaths; ++i) {
+        if (!gGuarded[i].load()) {
+            std::memcpy(gGuardedPath[i], path.c_str(), path.size() + 1);
+            gGuarded[i].store(true);
+            slot = i;
+            return;
+        }
+    }
+}
+
+SignalGuard::~SignalGuard()
+{
+    if (slot >= 0) {
+        gGuarded[slot].store(false);
+    }
+}
 
 std::string FormatNumber(double number, int decimals)
 {
@@ -91,18 +255,42 @@ std::string FormatNumber(double number, int decimals)
     return text;
 }
 
+std::string Visible(const std::string& text)
+{
+    if (std::none_of(text.begin(), text.end(), Special)) {
+        return text;
+    }
+    std::string shown;
+    for (char c : text) {
+        shown += c == '\t' ? "\\t" : c == '\n' ? "\\n" : c == '\r' ? "\\r" : std::string(1, c);
+    }
+    return shown;
+}
+
 TempFile::TempFile()
 {
-    const char* directory = std::getenv("TMPDIR");
-    std::string pattern = std::string(directory != nullptr && *directory != '\0' ? directory : "/tmp") + "/qvi-XXXXXX";
+    const char* variable = std::getenv("TMPDIR");
+    const bool fromVariable = variable != nullptr && *variable != '\0';
+    const std::string directory = fromVariable ? variable : "/tmp";
+    std::string pattern = directory + "/qvi-XXXXXX";
     std::vector<char> name(pattern.begin(), pattern.end());
     name.push_back('\0');
-    const int descriptor = mkstemp(name.data());
+    int descriptor;
+    {
+        // No signal between the file's creation and its guard.
+        SignalsHeld held;
+        descriptor = mkstemp(name.data());
+        if (descriptor >= 0) {
+            path = name.data();
+            guard.Set(path);
+        }
+    }
     if (descriptor < 0) {
-        throw std::runtime_error("cannot create a temporary file in " + pattern.substr(0, pattern.size() - 11));
+        throw Cgats::Error(directory, 0,
+                           std::string("cannot create a temporary file here") + (fromVariable ? " (TMPDIR)" : "") +
+                               ": " + std::strerror(errno));
     }
     close(descriptor);
-    path = name.data();
 }
 
 TempFile::~TempFile()
@@ -117,7 +305,7 @@ ResultSet::ResultSet(std::vector<Column> cols) : columns(std::move(cols))
     }
     file = std::fopen(spool.Path().c_str(), "w+b");
     if (file == nullptr) {
-        throw std::runtime_error("cannot open a temporary file");
+        throw Cgats::Error(spool.Path(), 0, std::string("cannot open a temporary file: ") + std::strerror(errno));
     }
 }
 
@@ -132,20 +320,13 @@ ResultSet::~ResultSet()
 void ResultSet::Add(const std::vector<std::string>& values)
 {
     for (std::size_t i = 0; i < values.size(); ++i) {
-        // Tabs and line ends separate the spooled values: none may remain
-        // inside one.
-        for (char c : values[i]) {
-            if (c == '\t' || c == '\n' || c == '\r') {
-                throw std::logic_error("a result value holds a tab or line end");
-            }
-        }
-        if (i < widths.size() && values[i].size() > widths[i]) {
-            widths[i] = values[i].size();
+        if (i < widths.size()) {
+            widths[i] = std::max(widths[i], VisibleSize(values[i]));
         }
         if (i > 0) {
             std::fputc('\t', file);
         }
-        std::fwrite(values[i].data(), 1, values[i].size(), file);
+        Spool(values[i], file);
     }
     std::fputc('\n', file);
     ++rows;
@@ -191,11 +372,10 @@ bool ResultSet::ReadRow(std::vector<std::string>& values)
     while (true) {
         const std::size_t tab = line.find('\t', start);
         const std::string_view value = line.substr(start, tab == std::string_view::npos ? tab : tab - start);
-        if (count < values.size()) {
-            values[count].assign(value);
-        } else {
-            values.emplace_back(value);
+        if (count == values.size()) {
+            values.emplace_back();
         }
+        Unspool(value, values[count]);
         ++count;
         if (tab == std::string_view::npos) {
             break;
@@ -204,6 +384,37 @@ bool ResultSet::ReadRow(std::vector<std::string>& values)
     }
     values.resize(count);
     return true;
+}
+
+std::string ResultSet::SummaryText(const SummaryEntry& entry, std::size_t limit)
+{
+    if (entry.kind != SummaryEntry::Kind::RowList) {
+        return entry.value;
+    }
+    std::string list;
+    std::size_t listed = 0;
+    std::size_t more = 0;
+    ForEachRow([&](const std::vector<std::string>& values) {
+        if (entry.flag < values.size() && values[entry.flag] == "1") {
+            if (listed < limit) {
+                list += (list.empty() ? "" : " ") + values[entry.column];
+                ++listed;
+            } else {
+                ++more;
+            }
+        }
+    });
+    if (more > 0) {
+        list += " ... (" + std::to_string(more) + " more)";
+    }
+    return list;
+}
+
+void ResultSet::WriteSummary(std::ostream& output)
+{
+    for (const SummaryEntry& entry : summary) {
+        output << entry.key << ": " << SummaryText(entry, static_cast<std::size_t>(-1)) << '\n';
+    }
 }
 
 void ResultSet::Write(Format format, std::ostream& output)
@@ -217,20 +428,23 @@ void ResultSet::Write(Format format, std::ostream& output)
     switch (format) {
     case Format::Cgats: {
         Cgats::Writer writer(output);
-        writer.Begin("CGATS.17", keywords, comments, names, rows);
+        std::vector<std::pair<std::string, std::string>> pairs;
+        for (const Keyword& keyword : keywords) {
+            pairs.emplace_back(keyword.key, keyword.value);
+        }
+        writer.Begin("CGATS.17", pairs, comments, names, rows);
+        std::vector<bool> quoted;
         ForEachRow([&](std::vector<std::string>& values) {
-            for (std::size_t i = 0; i < values.size(); ++i) {
-                // A missing number is written as an empty text.
-                if (values[i].empty()) {
-                    values[i] = "\"\"";
-                }
-            }
-            std::vector<bool> quoted = text;
+            quoted = text;
             for (std::size_t i = 0; i < values.size() && i < quoted.size(); ++i) {
                 double number;
-                // Sample ids stay unquoted where they are numbers.
+                // Sample ids stay unquoted where they are numbers; a missing
+                // number is written as an empty text.
                 const bool identifier = names[i] == "SAMPLE_ID" || names[i] == "REFERENCE_ID";
-                if (values[i] == "\"\"" || (identifier && Cgats::ParseNumber(values[i], number))) {
+                if (values[i].empty()) {
+                    values[i] = "\"\"";
+                    quoted[i] = false;
+                } else if (identifier && Cgats::ParseNumber(values[i], number)) {
                     quoted[i] = false;
                 }
             }
@@ -250,9 +464,6 @@ void ResultSet::Write(Format format, std::ostream& output)
             }
             output << '\n';
         });
-        for (const SummaryEntry& entry : summary) {
-            output << "# " << entry.key << ": " << entry.value << '\n';
-        }
         break;
     }
     case Format::Json: {
@@ -260,8 +471,13 @@ void ResultSet::Write(Format format, std::ostream& output)
         if (!keywords.empty()) {
             output << "  \"header\": {";
             for (std::size_t i = 0; i < keywords.size(); ++i) {
-                output << (i > 0 ? ", " : "") << JsonString(keywords[i].first) << ": "
-                       << JsonString(keywords[i].second);
+                const Keyword& keyword = keywords[i];
+                output << (i > 0 ? ", " : "") << JsonString(keyword.key) << ": ";
+                if (!keyword.number) {
+                    output << JsonString(keyword.value);
+                } else {
+                    output << (keyword.value.empty() ? std::string("null") : keyword.value);
+                }
             }
             output << "},\n";
         }
@@ -287,9 +503,27 @@ void ResultSet::Write(Format format, std::ostream& output)
             output << ",\n  \"summary\": {";
             for (std::size_t i = 0; i < summary.size(); ++i) {
                 const SummaryEntry& entry = summary[i];
-                const bool number = !entry.text && !entry.value.empty();
-                output << (i > 0 ? ", " : "") << JsonString(entry.key) << ": "
-                       << (number ? entry.value : entry.text ? JsonString(entry.value) : std::string("null"));
+                output << (i > 0 ? ", " : "") << JsonString(entry.key) << ": ";
+                switch (entry.kind) {
+                case SummaryEntry::Kind::Number:
+                    output << (entry.value.empty() ? std::string("null") : entry.value);
+                    break;
+                case SummaryEntry::Kind::Text:
+                    output << JsonString(entry.value);
+                    break;
+                case SummaryEntry::Kind::RowList: {
+                    output << '[';
+                    bool firstItem = true;
+                    ForEachRow([&](const std::vector<std::string>& values) {
+                        if (entry.flag < values.size() && values[entry.flag] == "1") {
+                            output << (firstItem ? "" : ", ") << JsonString(values[entry.column]);
+                            firstItem = false;
+                        }
+                    });
+                    output << ']';
+                    break;
+                }
+                }
             }
             output << "}";
         }
@@ -298,7 +532,7 @@ void ResultSet::Write(Format format, std::ostream& output)
     }
     case Format::Table: {
         auto cell = [&](std::size_t i, const std::string& value) {
-            const std::string shown = value.empty() && !text[i] ? std::string("-") : value;
+            const std::string shown = value.empty() && !text[i] ? std::string("-") : Visible(value);
             const std::string padding(widths[i] > shown.size() ? widths[i] - shown.size() : 0, ' ');
             // Text to the left, numbers to the right.
             return text[i] ? shown + padding : padding + shown;
@@ -324,8 +558,11 @@ void ResultSet::Write(Format format, std::ostream& output)
             for (const SummaryEntry& entry : summary) {
                 keyWidth = std::max(keyWidth, entry.key.size());
             }
+            // A person reads the first ids; the machine forms list them all.
+            constexpr std::size_t kListed = 20;
             for (const SummaryEntry& entry : summary) {
-                output << entry.key << ':' << std::string(keyWidth - entry.key.size() + 1, ' ') << entry.value << '\n';
+                output << entry.key << ':' << std::string(keyWidth - entry.key.size() + 1, ' ')
+                       << Visible(SummaryText(entry, kListed)) << '\n';
             }
         }
         break;
