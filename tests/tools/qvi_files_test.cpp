@@ -176,6 +176,47 @@ TEST_F(QviDestination, AnInputIsNeverTheOutput)
     EXPECT_EQ((Strings{"chart.cgats", "hard.cgats", "link.cgats"}), Names(dir));
 }
 
+// A file its user may not write is left as it is, though the directory
+// would let a new file take its name. Run as a user without privileges (as
+// root would write any file).
+TEST_F(QviDestination, AFileClosedToWritingIsRefused)
+{
+    const std::string path = Put("kept.cgats", "kept content\n");
+    ASSERT_EQ(0, chmod(path.c_str(), 0444));
+    ASSERT_EQ(0, chmod(dir.c_str(), 0777));
+    std::string errPath;
+    const int err = TemporaryFile(errPath);
+    ASSERT_GE(err, 0);
+    ASSERT_EQ(0, fchmod(err, 0666));
+    const pid_t child = fork();
+    if (child == 0) {
+        const int null = open("/dev/null", O_RDWR);
+        if ((geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) || dup2(null, STDIN_FILENO) < 0 ||
+            dup2(null, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) {
+            _exit(126);
+        }
+        Strings words = {kQvi, "color", SamplePath(kChart), "-o", path};
+        std::vector<char*> argv;
+        for (std::string& word : words) {
+            argv.push_back(word.data());
+        }
+        argv.push_back(nullptr);
+        execv(kQvi.c_str(), argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    close(err);
+    const std::string message = ReadFile(errPath);
+    std::remove(errPath.c_str());
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(2, WEXITSTATUS(status)) << message;
+    EXPECT_EQ("qvi: " + path + ": cannot write the file: Permission denied\n", message);
+    EXPECT_EQ("kept content\n", ReadFile(path));
+    EXPECT_EQ((Strings{"kept.cgats"}), Names(dir));
+}
+
 TEST_F(QviDestination, ADirectoryIsRefused)
 {
     fs::create_directory(Path("results"));

@@ -494,6 +494,7 @@ std::unique_ptr<ResultSet> Color(const Options& options)
     CMetry::QVMeasureConditions conditions;
     CMetry::QVMeasureConditions labConditions;
     std::string space;
+    std::vector<std::string> fields;
     std::unique_ptr<ResultSet> result;
     bool lab = false;
     const Sample* paperWhite = nullptr;
@@ -528,7 +529,8 @@ std::unique_ptr<ResultSet> Color(const Options& options)
         space = Condition(conditions, kSpace);
         NoteLabConditions(file, conditions);
         std::vector<Column> columns = IdentityColumns(file.HasNames());
-        for (const std::string& field : SpaceFields(conditions)) {
+        fields = SpaceFields(conditions);
+        for (const std::string& field : fields) {
             columns.push_back({field, false});
         }
         result = std::make_unique<ResultSet>(columns);
@@ -539,20 +541,14 @@ std::unique_ptr<ResultSet> Color(const Options& options)
         }
     };
     std::vector<std::string> row;
-    const std::vector<std::string>* fields = nullptr;
-    std::vector<std::string> fieldNames;
     const auto compute = [&](const Sample& sample) {
         const CMetry::QVColorVector vector = ForSample(file, sample, [&] {
             return lab ? FromLab(CMetry::QVColorVector(sample.lab[0], sample.lab[1], sample.lab[2], labConditions), space)
                        : CMetry::CMetryService::GetVector(SpectrumOf(sample, conditions), conditions);
         });
-        if (fields == nullptr) {
-            fieldNames = SpaceFields(conditions);
-            fields = &fieldNames;
-        }
         Identity(row, sample, file.HasNames());
         for (unsigned short axis = 0; axis < 3; ++axis) {
-            AddNumber(row, vector[axis], options.decimals, (*fields)[axis], file, sample);
+            AddNumber(row, vector[axis], options.decimals, fields[axis], file, sample);
         }
         result->Add(row);
     };

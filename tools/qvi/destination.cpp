@@ -72,6 +72,11 @@ void Destination::Check(const std::vector<std::string>& inputs) const
     if (S_ISDIR(target.st_mode)) {
         throw Cgats::Error(path, 0, "is a directory; " + option + " needs a file name");
     }
+    if (access(path.c_str(), W_OK) != 0) {
+        // A file closed to writing stays as it is, though its directory
+        // would let a new file take its name.
+        throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+    }
     if (!S_ISREG(target.st_mode)) {
         return;
     }

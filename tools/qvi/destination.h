@@ -11,8 +11,9 @@
 // - a symbolic link is written through: the file it points to receives the
 //   result in place and the link stays;
 // - a device, a FIFO or a socket is opened and written to, never replaced;
-// - a directory, and a file that is one of the run's inputs (by identity,
-//   whatever the path says), are refused before anything is computed.
+// - a directory, a file the user may not write, and a file that is one of
+//   the run's inputs (by identity, whatever the path says), are refused
+//   before anything is computed.
 // Failures raise Cgats::Error with the path and the system's reason.
 
 #include <functional>
@@ -31,9 +32,9 @@ public:
     bool IsStandardOutput() const { return path.empty(); }
     const std::string& Path() const { return path; }
 
-    // Refuses a directory, a path whose directory does not exist, and a
-    // file that is one of `inputs` ("-" is standard input, compared when it
-    // is a regular file).
+    // Refuses a directory, a path whose directory does not exist, a file
+    // that may not be written, and a file that is one of `inputs` ("-" is
+    // standard input, compared when it is a regular file).
     void Check(const std::vector<std::string>& inputs) const;
 
     // Writes what `write` produces.

@@ -264,7 +264,8 @@ bool MeasurementFile::Read(const Cgats::Row& row, std::size_t index, Sample& sam
                 Refuse(row, labField[axis], Cgats::IsWrittenNumber(text) ? "is out of range" : "is not a number");
             }
             if (!singleGood || !FitsAFloat(std::fabs(number))) {
-                Refuse(row, labField[axis], "is out of range: it does not fit a float (3.4e38)");
+                Refuse(row, labField[axis],
+                       "is out of range: a float holds 0 and magnitudes from 1.2e-38 to 3.4e38");
             }
             sample.lab[axis] = single;
         }

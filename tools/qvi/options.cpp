@@ -385,7 +385,6 @@ Options ParseArguments(int argc, char** argv)
             }
             if (pair.substr(0, at) == "ColorSpaceDescription.DeltaEFormula") {
                 // CIEDE2000 is qvi's, not a formula key of the library.
-                options.formulaOrigin = "--condition " + AsWritten(pair);
                 options.de2000 = pair.substr(at + 1) == "2000";
                 if (options.de2000) {
                     continue;
@@ -407,7 +406,6 @@ Options ParseArguments(int argc, char** argv)
             condition("Colorimetric.DensityFilterMode", value());
         } else if (word == "--formula") {
             const std::string formula = value();
-            options.formulaOrigin = word + " " + AsWritten(formula);
             options.de2000 = formula == "2000";
             if (!options.de2000) {
                 condition("ColorSpaceDescription.DeltaEFormula", formula);

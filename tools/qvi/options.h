@@ -44,7 +44,6 @@ struct Options {
     std::string reference;
     // --formula 2000: CIEDE2000, outside the library's formula keys.
     bool de2000 = false;
-    std::string formulaOrigin;
     // --cmc l:c and --k94 kL,kC,kH (0 stands for the library's default 1).
     float p1 = 0.0f;
     float p2 = 0.0f;
