@@ -404,11 +404,9 @@ auto ForSample(const MeasurementFile& file, const Sample& sample, Calculation ca
 
 // A result that is not finite: the sample's values are beyond the float
 // arithmetic. Raised with the sample's largest value and its field.
-void RequireFinite(double value, const std::string& result, const MeasurementFile& file, const Sample& sample)
+[[noreturn]] [[gnu::cold]] void RefuseResult(const std::string& result, const MeasurementFile& file,
+                                             const Sample& sample)
 {
-    if (std::isfinite(value)) {
-        return;
-    }
     double largest = -1.0;
     std::string field;
     if (file.Holds() == MeasurementFile::Content::Lab) {
@@ -431,8 +429,15 @@ void RequireFinite(double value, const std::string& result, const MeasurementFil
                            Shortest(largest) + " of " + field + ", is too large for the float arithmetic");
 }
 
-void AddNumber(std::vector<std::string>& row, double value, int decimals, const std::string& result,
-               const MeasurementFile& file, const Sample& sample)
+inline void RequireFinite(double value, const std::string& result, const MeasurementFile& file, const Sample& sample)
+{
+    if (!std::isfinite(value)) {
+        RefuseResult(result, file, sample);
+    }
+}
+
+inline void AddNumber(std::vector<std::string>& row, double value, int decimals, const std::string& result,
+                      const MeasurementFile& file, const Sample& sample)
 {
     RequireFinite(value, result, file, sample);
     row.push_back(FormatNumber(value, decimals));

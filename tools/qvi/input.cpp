@@ -250,10 +250,43 @@ bool MeasurementFile::FitsAFloat(double magnitude) const
     return magnitude == 0.0 || (magnitude >= static_cast<double>(FLT_MIN) && magnitude <= static_cast<double>(FLT_MAX));
 }
 
-bool MeasurementFile::Read(const Cgats::Row& row, std::size_t index, Sample& sample, bool scaled,
-                           Evidence* evidence) const
+template <MeasurementFile::Reading reading>
+void MeasurementFile::Gather(const Cgats::Row& row, Sample& sample, double& maximum, double& largest,
+                             double& smallest) const
 {
-    Identify(row, index, sample);
+    for (int point = first; point <= last; ++point) {
+        const int field = gridField[point];
+        const std::string_view text = row.values[field];
+        double number;
+        float single = 0.0f;
+        bool singleGood = false;
+        const bool good = reading == Reading::Check ? Cgats::ParseNumber(text, number)
+                                                    : Cgats::ParseNumber(text, number, single, singleGood);
+        if (!good) {
+            Refuse(row, field,
+                   Cgats::IsWrittenNumber(text) ? "is out of range: it does not fit a double" : "is not a number");
+        }
+        maximum = number > maximum ? number : maximum;
+        const double magnitude = std::fabs(number);
+        largest = magnitude > largest ? magnitude : largest;
+        if (magnitude < smallest && magnitude != 0.0) {
+            smallest = magnitude;
+        }
+        if constexpr (reading == Reading::Compute) {
+            // Straight into a float on the scale 0..1: one rounding of the
+            // written decimal.
+            sample.values[point] = divisor != 1.0 ? static_cast<float>(number / divisor)
+                                   : singleGood   ? single
+                                                  : static_cast<float>(number);
+        } else if constexpr (reading == Reading::Keep) {
+            sample.written[point] = number;
+            sample.writtenSingle[point] = singleGood ? single : static_cast<float>(number);
+        }
+    }
+}
+
+bool MeasurementFile::Read(const Cgats::Row& row, Sample& sample, Reading reading, Evidence* evidence) const
+{
     if (content == Content::Lab) {
         for (int axis = 0; axis < 3; ++axis) {
             const std::string_view text = row.values[labField[axis]];
@@ -271,72 +304,88 @@ bool MeasurementFile::Read(const Cgats::Row& row, std::size_t index, Sample& sam
         }
         return true;
     }
-    bool fits = true;
+    if (reading == Reading::Values) {
+        // The scale is decided and the file checked: straight to the values.
+        for (int point = first; point <= last; ++point) {
+            const int field = gridField[point];
+            const std::string_view text = row.values[field];
+            float& value = sample.values[point];
+            double number;
+            const bool good = divisor == 1.0 ? Cgats::ParseNumber(text, value) : Cgats::ParseNumber(text, number);
+            if (!good) {
+                Refuse(row, field, "is not a number");
+            }
+            if (divisor != 1.0) {
+                value = static_cast<float>(number / divisor);
+            }
+        }
+        FillEnds(sample);
+        return true;
+    }
+    // Gathered row by row, handed to the evidence once per sample: the
+    // largest value (for the scale), the largest and the smallest non-zero
+    // magnitude (for the range). Where they stand is looked up only when the
+    // evidence takes them, which is seldom.
     double sampleMaximum = -HUGE_VAL;
-    int maximumField = first;
-    for (int point = first; point <= last; ++point) {
-        const int field = gridField[point];
-        const std::string_view text = row.values[field];
-        double number;
-        float single;
-        bool singleGood;
-        if (!Cgats::ParseNumber(text, number, single, singleGood)) {
-            Refuse(row, field,
-                   Cgats::IsWrittenNumber(text) ? "is out of range: it does not fit a double" : "is not a number");
-        }
-        if (number > sampleMaximum) {
-            sampleMaximum = number;
-            maximumField = field;
-        }
-        if (evidence != nullptr) {
-            const double magnitude = std::fabs(number);
-            if (magnitude > evidence->maximum) {
-                evidence->maximum = magnitude;
-                evidence->maximumText = std::string(text);
-                evidence->maximumLine = row.line;
-                evidence->maximumField = fields[field];
-            }
-            if (magnitude > 0.0 && (evidence->minimum == 0.0 || magnitude < evidence->minimum)) {
-                evidence->minimum = magnitude;
-                evidence->minimumText = std::string(text);
-                evidence->minimumLine = row.line;
-                evidence->minimumField = fields[field];
-            }
-        }
-        if (!scaled) {
-            continue;
-        }
-        if (!FitsAFloat(std::fabs(number) / divisor)) {
-            fits = false;
-        } else if (divisor == 1.0) {
-            // Straight into a float: one rounding of the written decimal.
-            sample.values[point] = single;
-        } else {
-            sample.values[point] = static_cast<float>(number / divisor);
-        }
+    double largest = 0.0;
+    double smallest = HUGE_VAL;
+    switch (reading) {
+    case Reading::Check:
+        Gather<Reading::Check>(row, sample, sampleMaximum, largest, smallest);
+        break;
+    case Reading::Keep:
+        Gather<Reading::Keep>(row, sample, sampleMaximum, largest, smallest);
+        break;
+    default:
+        Gather<Reading::Compute>(row, sample, sampleMaximum, largest, smallest);
+        break;
     }
-    if (scaled) {
-        for (int point = 0; point < first; ++point) {
-            sample.values[point] = sample.values[first];
-        }
-        for (int point = last + 1; point < kGridPoints; ++point) {
-            sample.values[point] = sample.values[last];
-        }
+    // Every magnitude lies between the smallest and the largest, and so
+    // does every quotient by the divisor.
+    const bool tiny = smallest != HUGE_VAL;
+    const bool fits = FitsAFloat(largest / divisor) && (!tiny || FitsAFloat(smallest / divisor));
+    if (reading == Reading::Compute) {
+        FillEnds(sample);
     }
-    if (evidence != nullptr) {
-        ++evidence->samples;
-        if (sampleMaximum > kPercentEvidence) {
-            if (evidence->above++ == 0) {
-                evidence->aboveAt =
-                    Where(sample) + ": " + std::string(row.values[maximumField]) + " in " + fields[maximumField];
+    if (evidence == nullptr) {
+        return fits;
+    }
+    // The field of the first value of the row that meets `test`.
+    const auto fieldWhere = [&](const auto& test) {
+        for (int point = first; point <= last; ++point) {
+            double number;
+            if (Cgats::ParseNumber(row.values[gridField[point]], number) && test(number)) {
+                return gridField[point];
             }
-        } else if (evidence->belowAt.empty()) {
-            evidence->belowAt = Where(sample);
         }
-        if (evidence->largestAt.empty() || sampleMaximum > evidence->largest) {
-            evidence->largest = sampleMaximum;
-            evidence->largestAt = Where(sample);
+        return gridField[first];
+    };
+    if (largest > evidence->maximum) {
+        const int field = fieldWhere([&](double number) { return std::fabs(number) == largest; });
+        evidence->maximum = largest;
+        evidence->maximumText = std::string(row.values[field]);
+        evidence->maximumLine = row.line;
+        evidence->maximumField = fields[field];
+    }
+    if (tiny && (evidence->minimum == 0.0 || smallest < evidence->minimum)) {
+        const int field = fieldWhere([&](double number) { return std::fabs(number) == smallest; });
+        evidence->minimum = smallest;
+        evidence->minimumText = std::string(row.values[field]);
+        evidence->minimumLine = row.line;
+        evidence->minimumField = fields[field];
+    }
+    ++evidence->samples;
+    if (sampleMaximum > kPercentEvidence) {
+        if (evidence->above++ == 0) {
+            const int field = fieldWhere([&](double number) { return number == sampleMaximum; });
+            evidence->aboveAt = Where(sample) + ": " + std::string(row.values[field]) + " in " + fields[field];
         }
+    } else if (evidence->belowAt.empty()) {
+        evidence->belowAt = Where(sample);
+    }
+    if (evidence->largestAt.empty() || sampleMaximum > evidence->largest) {
+        evidence->largest = sampleMaximum;
+        evidence->largestAt = Where(sample);
     }
     return fits;
 }
@@ -411,12 +460,13 @@ void MeasurementFile::Survey(const std::set<std::string>& wanted, Scale scale, b
     Evidence evidence;
     count = 0;
     kept.clear();
-    keptTexts.clear();
     const std::size_t formatLine =
         Pass("checking", progress, [&](const Cgats::Reader&, const Cgats::Row& row, std::size_t index) {
             count = index;
-            Read(row, index, sample, false, &evidence);
-            if (!keepAll && wanted.count(sample.id) == 0) {
+            Identify(row, index, sample);
+            const bool keep = keepAll || wanted.count(sample.id) > 0;
+            Read(row, sample, keep ? Reading::Keep : Reading::Check, &evidence);
+            if (!keep) {
                 return;
             }
             if (kept.count(sample.id) > 0) {
@@ -429,10 +479,6 @@ void MeasurementFile::Survey(const std::set<std::string>& wanted, Scale scale, b
                 return;
             }
             kept[sample.id] = sample;
-            std::vector<std::string>& texts = keptTexts[sample.id];
-            for (const std::string_view value : row.values) {
-                texts.emplace_back(value);
-            }
         });
     if (count == 0) {
         throw Cgats::Error(name, formatLine, "the file holds no samples");
@@ -443,19 +489,31 @@ void MeasurementFile::Survey(const std::set<std::string>& wanted, Scale scale, b
         }
     }
     Decide(scale, evidence);
-    // The kept samples' values on the scale now known, from their texts
-    // (checked already: nothing can be refused here).
-    for (auto& [id, entry] : kept) {
-        Cgats::Row row;
-        row.line = entry.line;
-        for (const std::string& text : keptTexts[id]) {
-            row.values.emplace_back(text);
+    if (content == Content::Spectra) {
+        for (auto& [id, entry] : kept) {
+            Rescale(entry);
         }
-        const std::string identity = entry.id;
-        Read(row, 0, entry, true, nullptr);
-        entry.id = identity;
     }
-    keptTexts.clear();
+}
+
+void MeasurementFile::Rescale(Sample& sample) const
+{
+    // As Read computes them on this scale (Decide has checked the range).
+    for (int point = first; point <= last; ++point) {
+        sample.values[point] = divisor != 1.0 ? static_cast<float>(sample.written[point] / divisor)
+                                              : sample.writtenSingle[point];
+    }
+    FillEnds(sample);
+}
+
+void MeasurementFile::FillEnds(Sample& sample) const
+{
+    for (int point = 0; point < first; ++point) {
+        sample.values[point] = sample.values[first];
+    }
+    for (int point = last + 1; point < kGridPoints; ++point) {
+        sample.values[point] = sample.values[last];
+    }
 }
 
 void MeasurementFile::Stream(Scale scale, const std::function<void()>& prepare,
@@ -496,7 +554,8 @@ void MeasurementFile::Stream(Scale scale, const std::function<void()>& prepare,
                     computing = false;
                 }
             }
-            const bool fits = Read(row, index, sample, computing, &evidence);
+            Identify(row, index, sample);
+            const bool fits = Read(row, sample, computing ? Reading::Compute : Reading::Check, &evidence);
             if (!computing) {
                 return;
             }
@@ -561,7 +620,8 @@ void MeasurementFile::ForEach(const std::function<void(const Sample&)>& function
 {
     Sample sample;
     Pass("computing", progress, [&](const Cgats::Reader&, const Cgats::Row& row, std::size_t index) {
-        Read(row, index, sample, true, nullptr);
+        Identify(row, index, sample);
+        Read(row, sample, Reading::Values, nullptr);
         function(sample);
     });
 }

@@ -51,6 +51,11 @@ struct Sample {
     std::array<float, kGridPoints> values{};
     // Lab files: L*, a*, b*.
     std::array<float, 3> lab{};
+    // Spectra read before the scale is known (Survey): each value as
+    // written, as a double and as the float nearest to it, so that the
+    // values can be scaled without reading the text again.
+    std::array<double, kGridPoints> written{};
+    std::array<float, kGridPoints> writtenSingle{};
 };
 
 // How reflectance is written: decided from the data, or a fixed divisor
@@ -141,15 +146,31 @@ private:
     // Line, SAMPLE_ID (or the 1-based index) and SAMPLE_NAME of the row.
     void Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const;
     [[noreturn]] void Refuse(const Cgats::Row& row, int field, const char* what) const;
-    // Reads a row: Lab values, or the spectral values on the scale
-    // `divisor` when `scaled`; every number is checked, and the evidence
-    // gathered when `evidence` is given. Returns false when a value does
-    // not fit a float on that scale (only possible with `scaled`).
-    bool Read(const Cgats::Row& row, std::size_t index, Sample& sample, bool scaled, Evidence* evidence) const;
+    // What Read makes of a row's spectral values.
+    enum class Reading {
+        Check,   // checks them
+        Keep,    // checks them and keeps them as written (Sample::written)
+        Compute, // checks them and puts them on the scale `divisor`
+        Values   // puts them on the decided scale, in a file checked already
+    };
+    // Reads a row identified already: its Lab values, or its spectral values
+    // as `reading` says; every number is checked, and the evidence gathered
+    // when `evidence` is given. Returns false when a value does not fit a
+    // float on the scale `divisor`.
+    bool Read(const Cgats::Row& row, Sample& sample, Reading reading, Evidence* evidence) const;
+    // Read's walk through the spectral values of a row, one for each kind
+    // of reading but Values: the largest value, the largest and the
+    // smallest non-zero magnitude.
+    template <Reading reading>
+    void Gather(const Cgats::Row& row, Sample& sample, double& maximum, double& largest, double& smallest) const;
     // The scale of the file from the evidence (or as given); raises when it
     // is ambiguous or a value is out of range on it. Tells the decision.
     void Decide(Scale scale, const Evidence& evidence);
     bool FitsAFloat(double magnitude) const;
+    // A surveyed sample's values on the scale now decided.
+    void Rescale(Sample& sample) const;
+    // The unmeasured ends: the nearest measured value.
+    void FillEnds(Sample& sample) const;
     // The largest number among a spectral row's values (those that are
     // numbers).
     double FirstMaximum(const Cgats::Row& row) const;
@@ -177,7 +198,6 @@ private:
     bool emission = false;
     bool keepAll = false;
     std::map<std::string, Sample> kept;
-    std::map<std::string, std::vector<std::string>> keptTexts;
 };
 
 } // namespace Qvi

@@ -121,38 +121,43 @@ bool Special(char c)
     return c == '\t' || c == '\n' || c == '\r';
 }
 
-// The length of Visible(text).
-std::size_t VisibleSize(const std::string& text)
-{
-    return text.size() + static_cast<std::size_t>(std::count_if(text.begin(), text.end(), Special));
-}
-
 // In the spool, tabs separate values and a line end ends a row: a backslash
-// escapes these and itself inside a value.
-void Spool(const std::string& value, std::FILE* file)
+// escapes these and itself inside a value. Appends the value to `line` and
+// returns the length of Visible(value), found on the same walk through it.
+std::size_t Spool(const std::string& value, std::string& line)
 {
-    if (value.find_first_of("\t\n\r\\") == std::string::npos) {
-        std::fwrite(value.data(), 1, value.size(), file);
-        return;
+    std::size_t special = 0;
+    bool backslash = false;
+    for (char c : value) {
+        // Every character that needs a second look is below '!' or is '\\'.
+        if (static_cast<unsigned char>(c) <= ' ' || c == '\\') {
+            special += Special(c) ? 1 : 0;
+            backslash = backslash || c == '\\';
+        }
+    }
+    if (special == 0 && !backslash) {
+        line += value;
+        return value.size();
     }
     for (char c : value) {
         switch (c) {
         case '\t':
-            std::fputs("\\t", file);
+            line += "\\t";
             break;
         case '\n':
-            std::fputs("\\n", file);
+            line += "\\n";
             break;
         case '\r':
-            std::fputs("\\r", file);
+            line += "\\r";
             break;
         case '\\':
-            std::fputs("\\\\", file);
+            line += "\\\\";
             break;
         default:
-            std::fputc(c, file);
+            line += c;
         }
     }
+    return value.size() + special;
 }
 
 void Unspool(std::string_view text, std::string& value)
@@ -319,16 +324,19 @@ ResultSet::~ResultSet()
 
 void ResultSet::Add(const std::vector<std::string>& values)
 {
+    // One write a row.
+    line.clear();
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (i < widths.size()) {
-            widths[i] = std::max(widths[i], VisibleSize(values[i]));
-        }
         if (i > 0) {
-            std::fputc('\t', file);
+            line += '\t';
         }
-        Spool(values[i], file);
+        const std::size_t shown = Spool(values[i], line);
+        if (i < widths.size()) {
+            widths[i] = std::max(widths[i], shown);
+        }
     }
-    std::fputc('\n', file);
+    line += '\n';
+    std::fwrite(line.data(), 1, line.size(), file);
     ++rows;
 }
 

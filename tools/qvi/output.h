@@ -139,6 +139,8 @@ private:
     std::size_t rows = 0;
     TempFile spool;
     std::FILE* file = nullptr;
+    // The spooled form of the row that Add writes.
+    std::string line;
     // getline's buffer for ReadRow.
     char* lineData = nullptr;
     std::size_t lineCapacity = 0;
