@@ -418,6 +418,13 @@ TEST_F(QviCommandLine, HelpSaysHowInputIsRead)
     EXPECT_TRUE(Contains(help, "Lab files (LAB_L, LAB_A, LAB_B and no spectral fields)")) << help;
     EXPECT_TRUE(Contains(Qvi({"delta-e", "--help"}).out, "--k00 KL:KC:KH")) << help;
     EXPECT_TRUE(Contains(Qvi({"delta-e", "--help"}).out, "2000\n                     (CIEDE2000)")) << help;
+    // Every help fits a terminal of 80 columns.
+    for (const char* command : {"", "color", "delta-e", "density", "cct", "spectrum", "conditions"}) {
+        const Strings arguments = *command == '\0' ? Strings{"--help"} : Strings{"help", command};
+        for (const std::string& line : Lines(Qvi(arguments).out)) {
+            EXPECT_LE(line.size(), 80u) << command << ": " << line;
+        }
+    }
 }
 
 } // namespace
