@@ -235,8 +235,17 @@ void MeasurementFile::Layout(const Cgats::Reader& reader)
 void MeasurementFile::Identify(const Cgats::Row& row, std::size_t index, Sample& sample) const
 {
     sample.line = row.line;
-    sample.id = idField >= 0 ? std::string(row.values[idField]) : std::to_string(index);
-    sample.name = nameField >= 0 ? std::string(row.values[nameField]) : std::string();
+    // Assigned in place: the strings of the previous sample are reused.
+    if (idField >= 0) {
+        sample.id.assign(row.values[idField]);
+    } else {
+        sample.id = std::to_string(index);
+    }
+    if (nameField >= 0) {
+        sample.name.assign(row.values[nameField]);
+    } else {
+        sample.name.clear();
+    }
 }
 
 void MeasurementFile::Refuse(const Cgats::Row& row, int field, const char* what) const

@@ -124,7 +124,7 @@ bool Special(char c)
 // In the spool, tabs separate values and a line end ends a row: a backslash
 // escapes these and itself inside a value. Appends the value to `line` and
 // returns the length of Visible(value), found on the same walk through it.
-std::size_t Spool(const std::string& value, std::string& line)
+std::size_t Spool(const std::string& value, std::string& line, bool& escaped)
 {
     std::size_t special = 0;
     bool backslash = false;
@@ -139,6 +139,7 @@ std::size_t Spool(const std::string& value, std::string& line)
         line += value;
         return value.size();
     }
+    escaped = true;
     for (char c : value) {
         switch (c) {
         case '\t':
@@ -330,7 +331,7 @@ void ResultSet::Add(const std::vector<std::string>& values)
         if (i > 0) {
             line += '\t';
         }
-        const std::size_t shown = Spool(values[i], line);
+        const std::size_t shown = Spool(values[i], line, escaped);
         if (i < widths.size()) {
             widths[i] = std::max(widths[i], shown);
         }
@@ -353,6 +354,7 @@ void ResultSet::Clear()
 {
     EmptyFile(file);
     rows = 0;
+    escaped = false;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         widths[i] = columns[i].name.size();
     }
@@ -383,7 +385,11 @@ bool ResultSet::ReadRow(std::vector<std::string>& values)
         if (count == values.size()) {
             values.emplace_back();
         }
-        Unspool(value, values[count]);
+        if (escaped) {
+            Unspool(value, values[count]);
+        } else {
+            values[count].assign(value);
+        }
         ++count;
         if (tab == std::string_view::npos) {
             break;

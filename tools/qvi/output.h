@@ -141,6 +141,9 @@ private:
     std::FILE* file = nullptr;
     // The spooled form of the row that Add writes.
     std::string line;
+    // Whether a spooled value holds an escape (else rows read back as they
+    // are).
+    bool escaped = false;
     // getline's buffer for ReadRow.
     char* lineData = nullptr;
     std::size_t lineCapacity = 0;
