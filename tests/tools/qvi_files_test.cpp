@@ -212,12 +212,8 @@ TEST_F(QviDestination, AFileClosedToWritingIsRefused)
             dup2(null, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) {
             _exit(126);
         }
-        Strings words = {kQvi, "color", SamplePath(kChart), "-o", path};
-        std::vector<char*> argv;
-        for (std::string& word : words) {
-            argv.push_back(word.data());
-        }
-        argv.push_back(nullptr);
+        Strings words;
+        std::vector<char*> argv = QviArgv(words, {"color", SamplePath(kChart), "-o", path});
         execv(kQvi.c_str(), argv.data());
         _exit(127);
     }
@@ -377,13 +373,8 @@ using QviSignals = QviTest;
 // temporary directory `temporary`; returns its process id.
 pid_t Start(const Strings& arguments, const std::string& directory, int input, const std::string& temporary)
 {
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    Strings words;
+    std::vector<char*> argv = QviArgv(words, arguments);
     const pid_t child = fork();
     if (child == 0) {
         setenv("TMPDIR", temporary.c_str(), 1);
@@ -473,13 +464,8 @@ using QviStandardInputSpeed = QviTest;
 double ProcessorSeconds(const Strings& arguments, const std::string& directory, const std::string& input,
                         bool throughAPipe)
 {
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    Strings words;
+    std::vector<char*> argv = QviArgv(words, arguments);
     int pipeEnds[2] = {-1, -1};
     if (throughAPipe && pipe(pipeEnds) != 0) {
         return -1.0;

@@ -142,6 +142,20 @@ inline int TemporaryFile(std::string& path)
     return descriptor;
 }
 
+// The argument vector of execv for qvi and `arguments`; it points into
+// `words`, which must live until execv.
+inline std::vector<char*> QviArgv(Strings& words, const Strings& arguments)
+{
+    words = {kQvi};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    return argv;
+}
+
 // Runs qvi with `arguments` in `directory`, standard input read from the
 // file `input`; standard output and error are caught in files. `environment`
 // sets ("NAME=value") or removes ("NAME") variables for the run.
@@ -158,13 +172,8 @@ inline Outcome Qvi(const Strings& arguments, const std::string& directory = kSam
         ADD_FAILURE() << "cannot prepare the files of a qvi run";
         return outcome;
     }
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    Strings words;
+    std::vector<char*> argv = QviArgv(words, arguments);
     const pid_t child = fork();
     if (child == 0) {
         for (const std::string& variable : environment) {
@@ -200,52 +209,51 @@ inline Outcome Qvi(const Strings& arguments, const std::string& directory = kSam
     return outcome;
 }
 
+// The lines of a text that `drop` does not take, each with its line end.
+template <typename Drop>
+std::string LinesBut(const std::string& text, Drop drop)
+{
+    std::string rest;
+    for (const std::string& line : Lines(text)) {
+        if (!drop(line)) {
+            rest += line + '\n';
+        }
+    }
+    return rest;
+}
+
 // The lines of standard error that are not notes: what qvi says of how it
 // read an input (its scale, its filled-in ends, the conditions of Lab
 // values) is a note.
 inline std::string BeyondNotes(const std::string& err)
 {
-    std::string rest;
-    for (const std::string& line : Lines(err)) {
-        const bool note = StartsWith(line, "qvi: ") &&
-                          (Contains(line, ": reflectance read as 0..") || Contains(line, ": measured ") ||
-                           Contains(line, ": Lab values taken as measured under "));
-        if (!note) {
-            rest += line + '\n';
-        }
-    }
-    return rest;
+    return LinesBut(err, [](const std::string& line) {
+        return StartsWith(line, "qvi: ") &&
+               (Contains(line, ": reflectance read as 0..") || Contains(line, ": measured ") ||
+                Contains(line, ": Lab values taken as measured under "));
+    });
 }
 
 // Standard error without the lines of a summary ("mean: 1.2"), which CSV
 // runs write there.
 inline std::string BeyondSummary(const std::string& err)
 {
-    std::string rest;
-    for (const std::string& line : Lines(err)) {
-        bool summary = false;
+    return LinesBut(err, [](const std::string& line) {
         for (const char* key :
              {"samples", "mean", "maximum", "p95", "tolerance", "exceeding", "exceeding_ids", "result", "delta_e"}) {
-            summary = summary || StartsWith(line, std::string(key) + ": ");
+            if (StartsWith(line, std::string(key) + ": ")) {
+                return true;
+            }
         }
-        if (!summary) {
-            rest += line + '\n';
-        }
-    }
-    return rest;
+        return false;
+    });
 }
 
 // An output without its REFLECTANCE_SCALE keyword (and the keyword's
 // declaration): the same results read from files of another scale.
 inline std::string Unscaled(const std::string& text)
 {
-    std::string rest;
-    for (const std::string& line : Lines(text)) {
-        if (!Contains(line, "REFLECTANCE_SCALE")) {
-            rest += line + '\n';
-        }
-    }
-    return rest;
+    return LinesBut(text, [](const std::string& line) { return Contains(line, "REFLECTANCE_SCALE"); });
 }
 
 // The summary lines of standard error (or of a summary file) by key.
@@ -854,13 +862,8 @@ inline Outcome QviOnTerminal(const Strings& arguments, const std::string& direct
         ADD_FAILURE() << "cannot prepare the terminal of a qvi run";
         return outcome;
     }
-    Strings words = {kQvi};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    Strings words;
+    std::vector<char*> argv = QviArgv(words, arguments);
     const pid_t child = fork();
     if (child == 0) {
         close(master);

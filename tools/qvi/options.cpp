@@ -250,16 +250,6 @@ bool StartsOption(const std::string& word)
 
 } // namespace
 
-std::string Options::Condition(const std::string& key) const
-{
-    for (auto entry = conditions.rbegin(); entry != conditions.rend(); ++entry) {
-        if (entry->key == key) {
-            return entry->value;
-        }
-    }
-    return std::string();
-}
-
 const std::string& GeneralHelp()
 {
     return kGeneralHelp;

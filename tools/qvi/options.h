@@ -53,10 +53,6 @@ struct Options {
     double tolerance = 2.0;
     bool help = false;
     bool version = false;
-
-    // The last value given for a condition key, or "".
-    std::string Condition(const std::string& key) const;
-    bool Given(const std::string& key) const { return !Condition(key).empty(); }
 };
 
 // Parses the words after the program name; raises UsageError. Help (--help,
