@@ -1258,8 +1258,6 @@ TEST_F(DensityCalculatorGreyness, FailsWithoutPaperWhiteAndLeavesTheGreyness)
     }
 }
 
-// ---------------------------------------------------------------- GetHueError
-
 TEST_F(DensityCalculatorGreyness, WithSlopeAStandardOutsideTheStoreRaises)
 {
     const QVSpectrum spectrum = Spectrum(NarrowBand(0.5f, 0.1f, 0.25f, 0.8f));
@@ -1273,6 +1271,8 @@ TEST_F(DensityCalculatorGreyness, WithSlopeAStandardOutsideTheStoreRaises)
     EXPECT_TRUE(DensityCalculator::GetGreyness(spectrum, CMetry::DensityStdUndefined, kAbs, greyness, false));
     EXPECT_EQ(1.0f, greyness);
 }
+
+// ---------------------------------------------------------------- GetHueError
 
 TEST_F(DensityCalculatorHueError, MiddleMinusWeakestOverStrongestMinusWeakest)
 {

@@ -194,26 +194,26 @@ bool WithoutPrivileges()
     return dropped || (setgid(65534) == 0 && setuid(65534) == 0);
 }
 
-// A file its user may not write is left as it is, though the directory
-// would let a new file take its name.
-TEST_F(QviDestination, AFileClosedToWritingIsRefused)
+// Runs qvi as a process without privileges over file permissions;
+// standard output is dropped, standard error caught.
+Outcome QviWithoutPrivileges(const Strings& arguments)
 {
-    const std::string path = Put("kept.cgats", "kept content\n");
-    ASSERT_EQ(0, chmod(path.c_str(), 0444));
-    ASSERT_EQ(0, chmod(dir.c_str(), 0777));
+    Outcome outcome;
     std::string errPath;
     const int err = TemporaryFile(errPath);
-    ASSERT_GE(err, 0);
-    ASSERT_EQ(0, fchmod(err, 0666));
+    if (err < 0 || fchmod(err, 0666) != 0) {
+        ADD_FAILURE() << "cannot prepare standard error";
+        return outcome;
+    }
     const pid_t child = fork();
     if (child == 0) {
         const int null = open("/dev/null", O_RDWR);
-        if (!WithoutPrivileges() || dup2(null, STDIN_FILENO) < 0 ||
-            dup2(null, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0) {
+        if (!WithoutPrivileges() || dup2(null, STDIN_FILENO) < 0 || dup2(null, STDOUT_FILENO) < 0 ||
+            dup2(err, STDERR_FILENO) < 0) {
             _exit(126);
         }
         Strings words;
-        std::vector<char*> argv = QviArgv(words, {"color", SamplePath(kChart), "-o", path});
+        std::vector<char*> argv = QviArgv(words, arguments);
         execv(kQvi.c_str(), argv.data());
         _exit(127);
     }
@@ -221,13 +221,45 @@ TEST_F(QviDestination, AFileClosedToWritingIsRefused)
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     close(err);
-    const std::string message = ReadFile(errPath);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    outcome.err = ReadFile(errPath);
     std::remove(errPath.c_str());
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(2, WEXITSTATUS(status)) << message;
-    EXPECT_EQ("qvi: " + path + ": cannot write the file: Permission denied\n", message);
+    return outcome;
+}
+
+// A file its user may not write is left as it is, though the directory
+// would let a new file take its name.
+TEST_F(QviDestination, AFileClosedToWritingIsRefused)
+{
+    const std::string path = Put("kept.cgats", "kept content\n");
+    ASSERT_EQ(0, chmod(path.c_str(), 0444));
+    ASSERT_EQ(0, chmod(dir.c_str(), 0777));
+    const Outcome outcome = QviWithoutPrivileges({"color", SamplePath(kChart), "-o", path});
+    EXPECT_EQ(2, outcome.status) << outcome;
+    EXPECT_EQ("qvi: " + path + ": cannot write the file: Permission denied\n", outcome.err);
     EXPECT_EQ("kept content\n", ReadFile(path));
     EXPECT_EQ((Strings{"kept.cgats"}), Names(dir));
+}
+
+// A directory closed to new files: a new output is refused before anything
+// is read; an existing file that may be written is written in place, since
+// no temporary file can stand beside it.
+TEST_F(QviDestination, ADirectoryClosedToNewFiles)
+{
+    const std::string path = Put("open.cgats", "older content\n");
+    ASSERT_EQ(0, chmod(path.c_str(), 0666));
+    const ino_t before = Status(path).st_ino;
+    ASSERT_EQ(0, chmod(dir.c_str(), 0555));
+    const Outcome created = QviWithoutPrivileges({"color", Path("absent.cgats"), "-o", Path("new.cgats")});
+    EXPECT_EQ(2, created.status) << created;
+    EXPECT_EQ("qvi: " + Path("new.cgats") + ": cannot write the file: " + dir + ": Permission denied\n", created.err);
+    const Outcome written = QviWithoutPrivileges({"color", SamplePath(kChart), "-o", path, "-q"});
+    EXPECT_EQ(0, written.status) << written;
+    EXPECT_EQ("", written.err);
+    ASSERT_EQ(0, chmod(dir.c_str(), 0700));
+    EXPECT_EQ(Qvi({"color", SamplePath(kChart)}).out, ReadFile(path));
+    EXPECT_EQ(before, Status(path).st_ino);
+    EXPECT_EQ((Strings{"open.cgats"}), Names(dir));
 }
 
 TEST_F(QviDestination, ADirectoryIsRefused)
@@ -454,6 +486,35 @@ TEST_F(QviSignals, AnInterruptedWritingLeavesNoTemporaryFile)
     EXPECT_EQ(SIGTERM, EndedBy(child));
     EXPECT_TRUE(Names(temporary).empty());
     EXPECT_EQ((Strings{"pipe", "tmp"}), Names(dir));
+}
+
+// A reader that goes away before the result is written ends the run by
+// SIGPIPE, and nothing is left behind.
+TEST_F(QviSignals, ABrokenPipeLeavesNoTemporaryFile)
+{
+    const std::string temporary = Path("tmp");
+    fs::create_directory(temporary);
+    int pipeEnds[2];
+    ASSERT_EQ(0, pipe(pipeEnds));
+    const pid_t child = fork();
+    if (child == 0) {
+        setenv("TMPDIR", temporary.c_str(), 1);
+        signal(SIGPIPE, SIG_DFL);
+        const int null = open("/dev/null", O_RDWR);
+        close(pipeEnds[0]);
+        if (dup2(null, STDIN_FILENO) < 0 || dup2(pipeEnds[1], STDOUT_FILENO) < 0 || dup2(null, STDERR_FILENO) < 0) {
+            _exit(126);
+        }
+        Strings words;
+        std::vector<char*> argv = QviArgv(words, {"color", SamplePath(kChips)});
+        execv(kQvi.c_str(), argv.data());
+        _exit(127);
+    }
+    // Nobody reads: the first write of the result breaks the pipe.
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+    EXPECT_EQ(SIGPIPE, EndedBy(child));
+    EXPECT_TRUE(Names(temporary).empty());
 }
 
 // ======================================================== standard input

@@ -221,6 +221,25 @@ TEST_F(QviLabFiles, WhatCannotStartFromLabIsRefusedWithTheReason)
     EXPECT_EQ("qvi: --paper-white needs spectra; lab.cgats holds Lab values\n", paper.err);
 }
 
+// A Lab value is read as a float: a word is no number, and a number beyond
+// a float is out of range.
+TEST_F(QviLabFiles, LabValuesAreChecked)
+{
+    for (const auto& [value, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"abc", "is not a number"},
+             {"1e39", "is out of range: a float holds 0 and magnitudes from 1.2e-38 to 3.4e38"},
+             {"1e400", "is out of range: a float holds 0 and magnitudes from 1.2e-38 to 3.4e38"},
+             {"1e-50", "is out of range: a float holds 0 and magnitudes from 1.2e-38 to 3.4e38"}}) {
+        SCOPED_TRACE(value);
+        Put("lab.cgats", "CGATS.17\nBEGIN_DATA_FORMAT\nSAMPLE_ID LAB_L LAB_A LAB_B\nEND_DATA_FORMAT\nBEGIN_DATA\n"
+                         "1 50 0 0\n2 50 " +
+                             value + " 0\nEND_DATA\n");
+        const Outcome outcome = Qvi({"color", "lab.cgats", "-q"}, dir);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_EQ("qvi: lab.cgats:7: the value \"" + value + "\" of LAB_A " + expected + "\n", outcome.err);
+    }
+}
+
 // delta-e takes a Lab file as reference or as samples: the spectra of the
 // other file go to Lab under the run's conditions.
 TEST_F(QviLabFiles, DeltaEAgainstLabValues)
@@ -368,6 +387,38 @@ TEST_F(QviCommandLine, AnOptionThatDoesNotApplyIsRefused)
         EXPECT_FAILURE(outcome, 2);
         EXPECT_EQ(expected + "Try `qvi --help`.\n", outcome.err);
     }
+}
+
+TEST_F(QviCommandLine, WrongValuesSayWhatIsWrong)
+{
+    const std::string tryHelp = "Try `qvi --help`.\n";
+    const std::vector<std::pair<Strings, std::string>> cases = {
+        {{"delta-e", kChart, kOtherChart, "--k00", "1:1"}, "qvi: --k00: \"1:1\" is not KL:KC:KH\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--k00", "0:1:1"},
+         "qvi: --k00: \"0:1:1\": each weight must be above 0\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--k00", "1:a:1"}, "qvi: --k00: \"a\" is not a number\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--cmc", "2"}, "qvi: --cmc: \"2\" is not L:C\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--k94", "1,1"}, "qvi: --k94: \"1,1\" is not KL,KC,KH\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--k94", "1,x,1"}, "qvi: --k94: \"x\" is not a number\n" + tryHelp},
+        {{"color", kChart, "--output="}, "qvi: --output needs a file name (- for standard output)\n" + tryHelp},
+        {{"delta-e", kChart, kOtherChart, "--summary="},
+         "qvi: --summary needs a file name (- for standard output)\n" + tryHelp},
+        {{"help", "color", "cct"}, "qvi: qvi help takes at most one command; see qvi --help\n" + tryHelp},
+        {{"density", kChart, "--tint", "3=50"}, "qvi: --tint needs --solid\n"},
+        {{"spectrum", "50", "1e39", "0"},
+         "qvi: qvi spectrum: \"1e39\" is out of range: a float holds magnitudes up to 3.4e38\n"},
+        {{"spectrum", "50", "x", "0"}, "qvi: qvi spectrum: \"x\" is not a number\n"}};
+    for (const auto& [arguments, expected] : cases) {
+        SCOPED_TRACE(arguments.back());
+        const Outcome outcome = Qvi(arguments);
+        EXPECT_FAILURE(outcome, 2);
+        EXPECT_EQ(expected, outcome.err);
+    }
+    const std::string summary = Path("summary.txt");
+    const Outcome same = Qvi({"delta-e", kChart, kOtherChart, "--summary", summary, "-o", summary});
+    EXPECT_FAILURE(same, 2);
+    EXPECT_EQ("qvi: --summary and --output name the same file\n", same.err);
+    EXPECT_FALSE(fs::exists(summary));
 }
 
 TEST_F(QviCommandLine, AMissingValueNamesItsOption)

@@ -612,6 +612,18 @@ TEST_F(QviBrokenInput, MissingGridWavelength)
         << outcome;
 }
 
+TEST_F(QviBrokenInput, TwoFieldsForOneWavelength)
+{
+    std::string text = Rewrite(Sample(kOtherChart), Layout{});
+    text.replace(text.find("SPECTRAL_NM390"), 14, "SPECTRAL_NM_380");
+    Put("twice.cgats", text);
+    const Outcome outcome = Qvi({"color", "twice.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: twice.cgats:" + std::to_string(LineNumber(text, "END_DATA_FORMAT")) +
+                  ": two fields for 380 nm: SPECTRAL_NM380 and SPECTRAL_NM_380\n",
+              outcome.err);
+}
+
 TEST_F(QviBrokenInput, RowWithTooFewValues)
 {
     const std::string clean = Rewrite(Sample(kOtherChart), Layout{});
@@ -1018,6 +1030,18 @@ TEST_F(QviScale, ResultsBeyondAFloatAreOutOfRange)
                                                   " of SPECTRAL_NM380, is too large for the float arithmetic"))
                 << outcome;
         }
+        // The result named is the first one that is not finite.
+        const std::vector<std::pair<Strings, std::string>> named = {
+            {{"color", "huge.cgats", "--scale", "1"}, "LAB_L"},
+            {{"color", "huge.cgats", "--scale", "1", "--space", "CIEXYZ"}, "XYZ_X"},
+            {{"delta-e", "huge.cgats", "huge.cgats", "--scale", "1"}, "DELTA_E"},
+            {{"density", "huge.cgats", "--scale", "1", "--white-base", "Absolute"}, "D_BLACK"},
+            {{"cct", "huge.cgats", "--scale", "1"}, "XYZ"}};
+        for (const auto& [arguments, result] : named) {
+            EXPECT_EQ("qvi: huge.cgats:8: sample 2 is out of range: its " + result + " is not finite; its largest "
+                      "value, " + shown + " of SPECTRAL_NM380, is too large for the float arithmetic\n",
+                      Qvi(arguments, dir).err);
+        }
     }
 }
 
@@ -1040,6 +1064,8 @@ TEST_F(QviScale, EmissionKeepsItsScale)
     const Table table = ParseCgats(outcome.out);
     const Table scaled =
         ParseCgats(Qvi({"color", kIlluminants, "--space", "CIEXYZ", "--decimals", "6", "--scale", "100"}).out);
+    // No scale is stated for emission, which keeps its own.
+    EXPECT_FALSE(table.HasKeyword("REFLECTANCE_SCALE"));
     ASSERT_EQ(6u, scaled.rows.size());
     for (std::size_t r = 0; r < 6; ++r) {
         EXPECT_NEAR(table.At(r, "XYZ_Y") / 100.0, scaled.At(r, "XYZ_Y"), 1e-3) << r;
@@ -1118,6 +1144,29 @@ TEST_F(QviLibraryFailure, AValueTheLibraryRefuses)
               BeyondNotes(outcome.err));
 }
 
+// Each key's refusal says what to give instead; where no single setting is
+// to blame, every setting is named.
+TEST_F(QviLibraryFailure, EveryRefusalSaysWhatToGive)
+{
+    const std::vector<std::pair<Strings, std::string>> cases = {
+        {{"cct", kIlluminants, "--observer", "OneDegree"},
+         "qvi: --observer OneDegree: OneDegree is not a valid observertype; give TwoDegree or TenDegree (2, 10)\n"},
+        {{"delta-e", kChart, kOtherChart, "--formula", "93"},
+         "qvi: --formula 93: 93 is not a valid delta E formula; give CIELab, CIELuv, LABvq, FMCII, CMC, 94 or "
+         "2000\n"},
+        {{"color", kChart, "--white-base", "Bogus"},
+         "qvi: --white-base Bogus: Bogus is not a valid whitespacetype; give Absolute, Paper, Automatic\n"},
+        {{"color", kChart, "--illuminant", "Userdefined", "--space", "CMYK"},
+         "qvi: qvi color with color's default white base Absolute, --illuminant Userdefined, --space CMYK: "
+         "GetVector not supported for ColorSpace CMYK\n"}};
+    for (const auto& [arguments, expected] : cases) {
+        SCOPED_TRACE(arguments.back());
+        const Outcome outcome = Qvi(arguments);
+        EXPECT_FAILURE(outcome, 1);
+        EXPECT_EQ(expected, BeyondNotes(outcome.err));
+    }
+}
+
 // A refusal that comes from one sample names the sample.
 TEST_F(QviLibraryFailure, ASampleTheLibraryRefuses)
 {
@@ -1145,6 +1194,18 @@ TEST_F(QviLibraryFailure, ABrokenRowIsReportedBeforeARefusal)
     }
     Put(kChips, clean);
     EXPECT_FAILURE(Qvi({"color", kChips, "--space", "CMYK"}, dir), 1);
+}
+
+// The dot area compares densities relative to the paper: without a paper
+// white the sample that asks for it says so.
+TEST_F(QviLibraryFailure, DotAreaNeedsAPaperWhite)
+{
+    Put("flat.cgats", FlatFile({{"1", "0.8"}, {"2", "0.4"}}));
+    const Outcome outcome = Qvi({"density", "flat.cgats", "--solid", "2", "--white-base", "Absolute"}, dir);
+    EXPECT_FAILURE(outcome, 1);
+    EXPECT_EQ("qvi: sample 1 (flat.cgats line 7): the dot area against the solid 2 cannot be calculated; it needs a "
+              "paper white: give --paper-white ID\n",
+              BeyondNotes(outcome.err));
 }
 
 TEST_F(QviLibraryFailure, ARefusedConditionWithPercentFoundLate)

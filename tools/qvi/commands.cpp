@@ -61,13 +61,6 @@ std::string Condition(const CMetry::QVMeasureConditions& conditions, const char*
     return Text(conditions.GetMeasureCondition(String(key)));
 }
 
-std::string Shortest(double value)
-{
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.6g", value);
-    return buffer;
-}
-
 // A key as a person says it.
 std::string Spoken(const std::string& key)
 {
@@ -139,6 +132,17 @@ struct Setting {
     std::string origin;
 };
 
+// The words of the last setting of `key`, or `otherwise`.
+std::string OriginOf(const std::vector<Setting>& settings, const std::string& key, std::string otherwise)
+{
+    for (auto setting = settings.rbegin(); setting != settings.rend(); ++setting) {
+        if (setting->key == key) {
+            return setting->origin;
+        }
+    }
+    return otherwise;
+}
+
 void WarnOfDaylight(const std::vector<Setting>& settings, const CMetry::QVMeasureConditions& conditions)
 {
     const std::string illumination = Condition(conditions, kIllumination);
@@ -155,13 +159,7 @@ void WarnOfDaylight(const std::vector<Setting>& settings, const CMetry::QVMeasur
     if (end != number.c_str() && kelvin >= kDaylightLowest && kelvin <= kDaylightHighest) {
         return;
     }
-    std::string origin = "the illuminant \"" + illumination + "\"";
-    for (const Setting& setting : settings) {
-        if (setting.key == kIllumination) {
-            origin = setting.origin;
-        }
-    }
-    Warn(origin + ": " + number + " K is outside 4000..25000 K, where the daylight formula is defined; the results "
+    Warn(OriginOf(settings, kIllumination, "the illuminant \"" + illumination + "\"") + ": " + number + " K is outside 4000..25000 K, where the daylight formula is defined; the results "
          "follow the formula beyond it");
 }
 
@@ -221,13 +219,8 @@ CMetry::QVMeasureConditions BuildConditions(const std::string& command, const Op
             } catch (const Utilities::Exception&) {
                 continue;
             }
-            std::string origin = command + "'s default " + Spoken(key) + " " + value;
-            for (const Setting& setting : settings) {
-                if (setting.key == key) {
-                    origin = setting.origin;
-                }
-            }
-            throw LibraryError(origin + ": " + text + "; " + Hint(key, value, labValues));
+            throw LibraryError(OriginOf(settings, key, command + "'s default " + Spoken(key) + " " + value) + ": " +
+                               text + "; " + Hint(key, value, labValues));
         }
         std::string described;
         for (const Setting& setting : settings) {
@@ -402,31 +395,36 @@ auto ForSample(const MeasurementFile& file, const Sample& sample, Calculation ca
     }
 }
 
+// A sample's value of the largest magnitude (on the scale 0..1) and the
+// field it comes from.
+struct LargestValue {
+    double magnitude = -1.0;
+    std::string field;
+};
+
+LargestValue LargestOf(const MeasurementFile& file, const Sample& sample)
+{
+    LargestValue largest;
+    const bool lab = file.Holds() == MeasurementFile::Content::Lab;
+    for (int index = 0; index < (lab ? 3 : kGridPoints); ++index) {
+        const double magnitude = std::fabs(lab ? sample.lab[index] : sample.values[index]);
+        if (magnitude > largest.magnitude) {
+            largest = {magnitude, lab ? file.LabField(index) : file.SpectralField(index)};
+        }
+    }
+    return largest;
+}
+
 // A result that is not finite: the sample's values are beyond the float
 // arithmetic. Raised with the sample's largest value and its field.
 [[noreturn]] [[gnu::cold]] void RefuseResult(const std::string& result, const MeasurementFile& file,
                                              const Sample& sample)
 {
-    double largest = -1.0;
-    std::string field;
-    if (file.Holds() == MeasurementFile::Content::Lab) {
-        for (int axis = 0; axis < 3; ++axis) {
-            if (std::fabs(sample.lab[axis]) > largest) {
-                largest = std::fabs(sample.lab[axis]);
-                field = file.LabField(axis);
-            }
-        }
-    } else {
-        for (int point = 0; point < kGridPoints; ++point) {
-            if (std::fabs(sample.values[point]) > largest) {
-                largest = std::fabs(sample.values[point]);
-                field = file.SpectralField(point);
-            }
-        }
-    }
+    const LargestValue largest = LargestOf(file, sample);
     throw Cgats::Error(file.Name(), sample.line,
                        "sample " + sample.id + " is out of range: its " + result + " is not finite; its largest value, " +
-                           Shortest(largest) + " of " + field + ", is too large for the float arithmetic");
+                           Shortest(largest.magnitude) + " of " + largest.field +
+                           ", is too large for the float arithmetic");
 }
 
 inline void RequireFinite(double value, const std::string& result, const MeasurementFile& file, const Sample& sample)
@@ -591,6 +589,18 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
         }
         return CMetry::CMetryService::GetVector(SpectrumOf(sample, labConditions), labConditions);
     };
+    // The Lab value of each reference, computed once: a reference serves
+    // every sample with its id, or all of them.
+    std::map<const Sample*, CMetry::QVColorVector> referenceLab;
+    const auto referenceLabOf = [&](const Sample& reference) -> const CMetry::QVColorVector& {
+        const auto found = referenceLab.find(&reference);
+        if (found != referenceLab.end()) {
+            return found->second;
+        }
+        const CMetry::QVColorVector lab = labOf(references, reference);
+        RequireFinite(lab[0] + lab[1] + lab[2], "CIELab value", references, reference);
+        return referenceLab.emplace(&reference, lab).first->second;
+    };
     const auto prepare = [&] {
         if (!options.reference.empty()) {
             single = references.Find(options.reference);
@@ -675,9 +685,8 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
                                                                 SpectrumOf(sample, conditions), conditions,
                                                                 options.p1, options.p2, options.p3);
                     }
-                    const CMetry::QVColorVector first = labOf(references, *reference);
+                    const CMetry::QVColorVector& first = referenceLabOf(*reference);
                     const CMetry::QVColorVector second = labOf(samples, sample);
-                    RequireFinite(first[0] + first[1] + first[2], "CIELab value", references, *reference);
                     RequireFinite(second[0] + second[1] + second[2], "CIELab value", samples, sample);
                     if (options.de2000) {
                         return CMetry::DeltaE2000(first, second, options.k00[0], options.k00[1], options.k00[2]);
@@ -685,13 +694,11 @@ std::unique_ptr<ResultSet> DeltaE(const Options& options)
                     return CMetry::CMetryService::GetDeltaE(first, second, options.p1, options.p2, options.p3);
                 });
                 if (!std::isfinite(difference)) {
-                    // The larger of the two samples is the one to blame.
-                    const float referenceLargest = *std::max_element(reference->values.begin(), reference->values.end());
-                    const float sampleLargest = *std::max_element(sample.values.begin(), sample.values.end());
-                    if (references.Holds() == MeasurementFile::Content::Spectra && referenceLargest > sampleLargest) {
-                        RequireFinite(difference, "DELTA_E", references, *reference);
+                    // The sample with the larger values is the one to blame.
+                    if (LargestOf(references, *reference).magnitude > LargestOf(samples, sample).magnitude) {
+                        RefuseResult("DELTA_E", references, *reference);
                     }
-                    RequireFinite(difference, "DELTA_E", samples, sample);
+                    RefuseResult("DELTA_E", samples, sample);
                 }
                 const bool exceeds = difference > options.tolerance;
                 Identity(row, sample, samples.HasNames());
@@ -774,8 +781,9 @@ std::unique_ptr<ResultSet> Density(const Options& options)
             automatic.SetMeasureCondition(String(kFilterMode), String("Auto"));
             CMetry::DensityService::GetDensity(flat, automatic);
         });
+    const char* const densityFields[5] = {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO"};
     std::vector<Column> columns = IdentityColumns(file.HasNames());
-    for (const char* field : {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO"}) {
+    for (const char* field : densityFields) {
         columns.push_back({field, false});
     }
     columns.push_back({"FILTER", true});
@@ -824,7 +832,7 @@ std::unique_ptr<ResultSet> Density(const Options& options)
     }
     std::vector<std::string> row;
     const bool names = file.HasNames();
-    const char* const densityFields[5] = {"D_BLACK", "D_CYAN", "D_MAGENTA", "D_YELLOW", "D_AUTO"};
+    const CMetry::QVSpectrum solidSpectrum = solid != nullptr ? SpectrumOf(*solid, conditions) : CMetry::QVSpectrum();
     file.ForEach(
         [&](const Sample& sample) {
             const CMetry::QVSpectrum spectrum = SpectrumOf(sample, conditions);
@@ -842,10 +850,10 @@ std::unique_ptr<ResultSet> Density(const Options& options)
             }));
             if (solid != nullptr) {
                 float area = 0.0f;
-                if (!CMetry::DensityCalculator::GetDotArea(SpectrumOf(*solid, conditions), spectrum, standard, mode,
-                                                           area)) {
+                if (!CMetry::DensityCalculator::GetDotArea(solidSpectrum, spectrum, standard, mode, area)) {
+                    // Dot area compares densities relative to the paper.
                     throw LibraryError(Where(file, sample) + ": the dot area against the solid " + solid->id +
-                                       " cannot be calculated");
+                                       " cannot be calculated; it needs a paper white: give --paper-white ID");
                 }
                 AddNumber(row, static_cast<double>(area) * 100.0, options.decimals, "DOT_AREA", file, sample);
             }
@@ -857,8 +865,8 @@ std::unique_ptr<ResultSet> Density(const Options& options)
                 } else {
                     row.push_back(FormatNumber(found->second, options.decimals));
                     const float gain = ForSample(file, sample, [&] {
-                        return CMetry::DensityService::GetDotGain(spectrum, SpectrumOf(*solid, conditions),
-                                                                  gainConditions, found->second);
+                        return CMetry::DensityService::GetDotGain(spectrum, solidSpectrum, gainConditions,
+                                                                  found->second);
                     });
                     AddNumber(row, gain, options.decimals, "DOT_GAIN", file, sample);
                 }
@@ -924,9 +932,10 @@ std::unique_ptr<ResultSet> SpectrumCommand(const Options& options)
     float lab[3];
     for (int i = 0; i < 3; ++i) {
         const std::string& text = options.arguments[static_cast<std::size_t>(i)];
-        if (!Cgats::ParseNumber(text, lab[i]) || !std::isfinite(lab[i])) {
-            throw UsageError("qvi spectrum: \"" + text + "\" is not a number" +
-                             (Cgats::IsWrittenNumber(text) ? " a float holds (out of range)" : ""));
+        if (!Cgats::ParseNumber(text, lab[i])) {
+            throw UsageError("qvi spectrum: \"" + text + "\" " +
+                             (Cgats::IsWrittenNumber(text) ? "is out of range: a float holds magnitudes up to 3.4e38"
+                                                           : "is not a number"));
         }
     }
     const CMetry::QVMeasureConditions conditions = BuildConditions(

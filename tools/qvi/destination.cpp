@@ -17,11 +17,6 @@ namespace Qvi {
 
 namespace {
 
-std::string Reason()
-{
-    return std::strerror(errno);
-}
-
 std::string DirectoryOf(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
@@ -52,20 +47,17 @@ void Destination::Check(const std::vector<std::string>& inputs) const
     struct stat target {};
     if (stat(path.c_str(), &target) != 0) {
         if (errno != ENOENT) {
-            throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+            throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
         }
         // A dangling link is written through: its target's directory counts.
         struct stat link {};
         if (lstat(path.c_str(), &link) == 0) {
             return;
         }
-        struct stat directory {};
+        // A new file: its directory must take it.
         const std::string parent = DirectoryOf(path);
-        if (stat(parent.c_str(), &directory) != 0) {
-            throw Cgats::Error(path, 0, "cannot write the file: " + parent + ": " + Reason());
-        }
-        if (!S_ISDIR(directory.st_mode)) {
-            throw Cgats::Error(path, 0, "cannot write the file: " + parent + " is not a directory");
+        if (access(parent.c_str(), W_OK) != 0) {
+            throw Cgats::Error(path, 0, "cannot write the file: " + parent + ": " + SystemReason());
         }
         return;
     }
@@ -75,7 +67,7 @@ void Destination::Check(const std::vector<std::string>& inputs) const
     if (access(path.c_str(), W_OK) != 0) {
         // A file closed to writing stays as it is, though its directory
         // would let a new file take its name.
-        throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+        throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
     }
     if (!S_ISREG(target.st_mode)) {
         return;
@@ -106,7 +98,7 @@ void Destination::Write(const std::function<void(std::ostream&)>& write) const
     struct stat link {};
     if (lstat(path.c_str(), &link) != 0) {
         if (errno != ENOENT) {
-            throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+            throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
         }
         Replace(write, false, 0, 0, 0);
         return;
@@ -125,10 +117,9 @@ void Destination::Write(const std::function<void(std::ostream&)>& write) const
 void Destination::Replace(const std::function<void(std::ostream&)>& write, bool exists, unsigned mode, unsigned owner,
                           unsigned group) const
 {
-    std::string pattern = DirectoryOf(path) + "/." + BaseName(path) + ".qvi-XXXXXX";
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
-    const int descriptor = mkstemp(name.data());
+    std::string temporary = DirectoryOf(path) + "/." + BaseName(path) + ".qvi-XXXXXX";
+    SignalGuard guard;
+    const int descriptor = CreateGuardedFile(temporary, guard);
     if (descriptor < 0) {
         if (exists && (errno == EACCES || errno == EPERM)) {
             // The directory is closed to new files, the file itself may not
@@ -136,10 +127,8 @@ void Destination::Replace(const std::function<void(std::ostream&)>& write, bool 
             Through(write);
             return;
         }
-        throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+        throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
     }
-    const std::string temporary = name.data();
-    SignalGuard guard(temporary);
     const auto fail = [&](const std::string& reason) {
         close(descriptor);
         std::remove(temporary.c_str());
@@ -153,12 +142,12 @@ void Destination::Replace(const std::function<void(std::ostream&)>& write, bool 
     {
         std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
         if (!out) {
-            fail(Reason());
+            fail(SystemReason());
         }
         write(out);
         out.flush();
         if (!out) {
-            fail(Reason());
+            fail(SystemReason());
         }
     }
     if (exists && fchown(descriptor, owner, group) != 0) {
@@ -166,11 +155,11 @@ void Destination::Replace(const std::function<void(std::ostream&)>& write, bool 
         // belongs to whoever runs qvi.
     }
     if (fchmod(descriptor, static_cast<mode_t>(mode)) != 0 || fsync(descriptor) != 0) {
-        fail(Reason());
+        fail(SystemReason());
     }
     close(descriptor);
     if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const std::string reason = Reason();
+        const std::string reason = SystemReason();
         std::remove(temporary.c_str());
         throw Cgats::Error(path, 0, "cannot write the file: " + reason);
     }
@@ -180,12 +169,12 @@ void Destination::Through(const std::function<void(std::ostream&)>& write) const
 {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) {
-        throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+        throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
     }
     write(out);
     out.flush();
     if (!out) {
-        throw Cgats::Error(path, 0, "cannot write the file: " + Reason());
+        throw Cgats::Error(path, 0, "cannot write the file: " + SystemReason());
     }
 }
 

@@ -32,9 +32,10 @@ public:
     bool IsStandardOutput() const { return path.empty(); }
     const std::string& Path() const { return path; }
 
-    // Refuses a directory, a path whose directory does not exist, a file
-    // that may not be written, and a file that is one of `inputs` ("-" is
-    // standard input, compared when it is a regular file).
+    // Refuses a directory, a new file whose directory does not exist or may
+    // not be written, a file that may not be written, and a file that is one
+    // of `inputs` ("-" is standard input, compared when it is a regular
+    // file).
     void Check(const std::vector<std::string>& inputs) const;
 
     // Writes what `write` produces.

@@ -49,17 +49,15 @@ void EndProgress(bool enabled)
     }
 }
 
-std::string Reason()
-{
-    return std::strerror(errno);
-}
+const char* const kEmptyStandardInput = "standard input is empty (give a file name, or pipe a CGATS file in)";
 
-// Standard input, copied in large blocks.
-void CopyStandardInput(const std::string& target)
+// Standard input, copied in large blocks; returns the number of bytes.
+std::size_t CopyStandardInput(const std::string& target)
 {
+    std::size_t copied = 0;
     const int out = open(target.c_str(), O_WRONLY | O_TRUNC);
     if (out < 0) {
-        throw Cgats::Error(target, 0, "cannot write a temporary file: " + Reason());
+        throw Cgats::Error(target, 0, "cannot write a temporary file: " + SystemReason());
     }
     std::vector<char> buffer(1 << 20);
     while (true) {
@@ -71,7 +69,7 @@ void CopyStandardInput(const std::string& target)
             if (errno == EINTR) {
                 continue;
             }
-            const std::string reason = Reason();
+            const std::string reason = SystemReason();
             close(out);
             throw Cgats::Error("<stdin>", 0, "cannot read standard input: " + reason);
         }
@@ -81,26 +79,21 @@ void CopyStandardInput(const std::string& target)
                 if (errno == EINTR) {
                     continue;
                 }
-                const std::string reason = Reason();
+                const std::string reason = SystemReason();
                 close(out);
                 throw Cgats::Error(target, 0, "cannot write a temporary file: " + reason);
             }
             done += put;
         }
+        copied += static_cast<std::size_t>(got);
     }
     close(out);
+    return copied;
 }
 
 std::string Where(const Sample& sample)
 {
     return "sample " + sample.id + ", line " + std::to_string(sample.line);
-}
-
-std::string Shortest(double value)
-{
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.6g", value);
-    return buffer;
 }
 
 } // namespace
@@ -117,22 +110,21 @@ MeasurementFile::MeasurementFile(const std::string& filePath) : path(filePath), 
             path = "/dev/fd/0";
             start = offset;
             if (info.st_size <= offset) {
-                throw Cgats::Error(name, 0, "standard input is empty (give a file name, or pipe a CGATS file in)");
+                throw Cgats::Error(name, 0, kEmptyStandardInput);
             }
             return;
         }
         // A pipe or a terminal is read once, into a temporary file.
         copy = std::make_unique<TempFile>();
-        CopyStandardInput(copy->Path());
         path = copy->Path();
-        if (stat(path.c_str(), &info) == 0 && info.st_size == 0) {
-            throw Cgats::Error(name, 0, "standard input is empty (give a file name, or pipe a CGATS file in)");
+        if (CopyStandardInput(path) == 0) {
+            throw Cgats::Error(name, 0, kEmptyStandardInput);
         }
         return;
     }
     const int descriptor = open(path.c_str(), O_RDONLY);
     if (descriptor < 0) {
-        throw Cgats::Error(name, 0, "cannot open the file: " + Reason());
+        throw Cgats::Error(name, 0, "cannot open the file: " + SystemReason());
     }
     struct stat info {};
     const bool directory = fstat(descriptor, &info) == 0 && S_ISDIR(info.st_mode);
@@ -146,7 +138,7 @@ void MeasurementFile::Open(std::ifstream& stream) const
 {
     stream.open(path, std::ios::binary);
     if (!stream) {
-        throw Cgats::Error(name, 0, "cannot open the file: " + Reason());
+        throw Cgats::Error(name, 0, "cannot open the file: " + SystemReason());
     }
     if (start > 0 && !stream.seekg(start)) {
         throw Cgats::Error(name, 0, "cannot read standard input from where it stands");
@@ -302,10 +294,11 @@ bool MeasurementFile::Read(const Cgats::Row& row, Sample& sample, Reading readin
             double number;
             float single;
             bool singleGood;
-            if (!Cgats::ParseNumber(text, number, single, singleGood)) {
-                Refuse(row, labField[axis], Cgats::IsWrittenNumber(text) ? "is out of range" : "is not a number");
+            const bool good = Cgats::ParseNumber(text, number, single, singleGood);
+            if (!good && !Cgats::IsWrittenNumber(text)) {
+                Refuse(row, labField[axis], "is not a number");
             }
-            if (!singleGood || !FitsAFloat(std::fabs(number))) {
+            if (!good || !singleGood || !FitsAFloat(std::fabs(number))) {
                 Refuse(row, labField[axis],
                        "is out of range: a float holds 0 and magnitudes from 1.2e-38 to 3.4e38");
             }
@@ -369,19 +362,16 @@ bool MeasurementFile::Read(const Cgats::Row& row, Sample& sample, Reading readin
         }
         return gridField[first];
     };
-    if (largest > evidence->maximum) {
-        const int field = fieldWhere([&](double number) { return std::fabs(number) == largest; });
-        evidence->maximum = largest;
-        evidence->maximumText = std::string(row.values[field]);
-        evidence->maximumLine = row.line;
-        evidence->maximumField = fields[field];
+    // Takes the row's magnitude `magnitude` into `extreme`.
+    const auto take = [&](Extreme& extreme, double magnitude) {
+        const int field = fieldWhere([&](double number) { return std::fabs(number) == magnitude; });
+        extreme = {magnitude, std::string(row.values[field]), row.line, fields[field]};
+    };
+    if (largest > evidence->maximum.magnitude) {
+        take(evidence->maximum, largest);
     }
-    if (tiny && (evidence->minimum == 0.0 || smallest < evidence->minimum)) {
-        const int field = fieldWhere([&](double number) { return std::fabs(number) == smallest; });
-        evidence->minimum = smallest;
-        evidence->minimumText = std::string(row.values[field]);
-        evidence->minimumLine = row.line;
-        evidence->minimumField = fields[field];
+    if (tiny && (evidence->minimum.magnitude == 0.0 || smallest < evidence->minimum.magnitude)) {
+        take(evidence->minimum, smallest);
     }
     ++evidence->samples;
     if (sampleMaximum > kPercentEvidence) {
@@ -431,17 +421,16 @@ void MeasurementFile::Decide(Scale scale, const Evidence& evidence)
                                " (" + evidence.largestAt +
                                "), is high for 0..1 and low for 0..100; give --scale 1 or --scale 100");
     }
-    if (!FitsAFloat(evidence.maximum / divisor)) {
-        throw Cgats::Error(name, evidence.maximumLine,
-                           "the value \"" + evidence.maximumText + "\" of " + evidence.maximumField +
-                               " is out of range: on the scale " + ScaleText() +
-                               " it is beyond a float (3.4e38)");
-    }
-    if (!FitsAFloat(evidence.minimum / divisor)) {
-        throw Cgats::Error(name, evidence.minimumLine,
-                           "the value \"" + evidence.minimumText + "\" of " + evidence.minimumField +
-                               " is out of range: on the scale " + ScaleText() +
-                               " it is too close to 0 for a float (1.2e-38); write 0");
+    RefuseUnlessFitting(evidence.maximum, "it is beyond a float (3.4e38)");
+    RefuseUnlessFitting(evidence.minimum, "it is too close to 0 for a float (1.2e-38); write 0");
+}
+
+void MeasurementFile::RefuseUnlessFitting(const Extreme& extreme, const char* why) const
+{
+    if (!FitsAFloat(extreme.magnitude / divisor)) {
+        throw Cgats::Error(name, extreme.line,
+                           "the value \"" + extreme.text + "\" of " + extreme.field + " is out of range: on the scale " +
+                               ScaleText() + " " + why);
     }
 }
 
@@ -590,13 +579,13 @@ void MeasurementFile::Stream(Scale scale, const std::function<void()>& prepare,
     if (preparation != nullptr) {
         std::rethrow_exception(preparation);
     }
-    if (divisor == assumed) {
+    if (divisor == assumed && !incomplete) {
+        // Every sample was computed on the right scale (or a failure of the
+        // computing stopped it there).
         if (failure != nullptr) {
             std::rethrow_exception(failure);
         }
-        if (!incomplete) {
-            return;
-        }
+        return;
     }
     restart();
     ForEach(function, progress);

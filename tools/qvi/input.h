@@ -116,6 +116,14 @@ public:
 
 private:
     // What the scale rule looks at, gathered row by row.
+    // A magnitude of the file with the value as written and where it is
+    // (magnitude 0: none yet).
+    struct Extreme {
+        double magnitude = 0.0;
+        std::string text;
+        std::size_t line = 0;
+        std::string field;
+    };
     struct Evidence {
         std::size_t samples = 0;
         // Samples with a value above 2, and the first of them.
@@ -123,18 +131,12 @@ private:
         std::string aboveAt;
         // The first sample without one.
         std::string belowAt;
-        // The largest value, and the largest and smallest non-zero
-        // magnitudes with where they are.
+        // The largest value and where it is.
         double largest = 0.0;
         std::string largestAt;
-        double maximum = 0.0;
-        double minimum = 0.0;
-        std::string maximumText;
-        std::string minimumText;
-        std::size_t maximumLine = 0;
-        std::size_t minimumLine = 0;
-        std::string maximumField;
-        std::string minimumField;
+        // The largest and the smallest non-zero magnitude.
+        Extreme maximum;
+        Extreme minimum;
     };
 
     void Open(std::ifstream& stream) const;
@@ -167,6 +169,9 @@ private:
     // is ambiguous or a value is out of range on it. Tells the decision.
     void Decide(Scale scale, const Evidence& evidence);
     bool FitsAFloat(double magnitude) const;
+    // Raises "out of range" for `extreme` when it does not fit a float on
+    // the decided scale; `why` says how it fails.
+    void RefuseUnlessFitting(const Extreme& extreme, const char* why) const;
     // A surveyed sample's values on the scale now decided.
     void Rescale(Sample& sample) const;
     // The unmeasured ends: the nearest measured value.

@@ -217,6 +217,21 @@ std::vector<std::string> Split(const std::string& text, char separator)
     }
 }
 
+// The numbers of a list such as "2:1" written as `form`, as many as the
+// form has parts.
+std::vector<float> Weights(const std::string& option, const std::string& text, char separator, const std::string& form)
+{
+    const std::vector<std::string> parts = Split(text, separator);
+    if (parts.size() != Split(form, separator).size()) {
+        throw UsageError(option + ": \"" + text + "\" is not " + form);
+    }
+    std::vector<float> weights;
+    for (const std::string& part : parts) {
+        weights.push_back(ParseFloatOption(option, part));
+    }
+    return weights;
+}
+
 std::string ObserverValue(const std::string& text)
 {
     if (text == "2") {
@@ -415,33 +430,22 @@ Options ParseArguments(int argc, char** argv)
         } else if (word == "--reference") {
             options.reference = value();
         } else if (word == "--cmc") {
-            const std::string lc = value();
-            const auto parts = Split(lc, ':');
-            if (parts.size() != 2) {
-                throw UsageError("--cmc: \"" + lc + "\" is not L:C");
-            }
-            options.p1 = ParseFloatOption("--cmc", parts[0]);
-            options.p2 = ParseFloatOption("--cmc", parts[1]);
+            const std::vector<float> weights = Weights(word, value(), ':', "L:C");
+            options.p1 = weights[0];
+            options.p2 = weights[1];
         } else if (word == "--k94") {
-            const std::string k = value();
-            const auto parts = Split(k, ',');
-            if (parts.size() != 3) {
-                throw UsageError("--k94: \"" + k + "\" is not KL,KC,KH");
-            }
-            options.p1 = ParseFloatOption("--k94", parts[0]);
-            options.p2 = ParseFloatOption("--k94", parts[1]);
-            options.p3 = ParseFloatOption("--k94", parts[2]);
+            const std::vector<float> weights = Weights(word, value(), ',', "KL,KC,KH");
+            options.p1 = weights[0];
+            options.p2 = weights[1];
+            options.p3 = weights[2];
         } else if (word == "--k00") {
-            const std::string k = value();
-            const auto parts = Split(k, ':');
-            if (parts.size() != 3) {
-                throw UsageError("--k00: \"" + k + "\" is not KL:KC:KH");
-            }
+            const std::string text = value();
+            const std::vector<float> weights = Weights(word, text, ':', "KL:KC:KH");
             for (std::size_t axis = 0; axis < 3; ++axis) {
-                options.k00[axis] = ParseFloatOption("--k00", parts[axis]);
-                if (!(options.k00[axis] > 0.0f)) {
-                    throw UsageError("--k00: \"" + k + "\": each weight must be above 0");
+                if (!(weights[axis] > 0.0f)) {
+                    throw UsageError("--k00: \"" + text + "\": each weight must be above 0");
                 }
+                options.k00[axis] = weights[axis];
             }
         } else if (word == "--tolerance") {
             options.tolerance = ParseFloatOption("--tolerance", value());

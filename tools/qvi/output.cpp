@@ -273,35 +273,59 @@ std::string Visible(const std::string& text)
     return shown;
 }
 
-TempFile::TempFile()
+int CreateGuardedFile(std::string& path, SignalGuard& guard)
 {
-    const char* variable = std::getenv("TMPDIR");
-    const bool fromVariable = variable != nullptr && *variable != '\0';
-    const std::string directory = fromVariable ? variable : "/tmp";
-    std::string pattern = directory + "/qvi-XXXXXX";
-    std::vector<char> name(pattern.begin(), pattern.end());
+    std::vector<char> name(path.begin(), path.end());
     name.push_back('\0');
     int descriptor;
+    int error;
     {
-        // No signal between the file's creation and its guard.
         SignalsHeld held;
         descriptor = mkstemp(name.data());
+        error = errno;
         if (descriptor >= 0) {
             path = name.data();
             guard.Set(path);
         }
     }
+    errno = error;
+    return descriptor;
+}
+
+std::string SystemReason()
+{
+    return std::strerror(errno);
+}
+
+std::string Shortest(double value)
+{
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.6g", value);
+    return buffer;
+}
+
+TempFile::TempFile()
+{
+    const char* variable = std::getenv("TMPDIR");
+    const bool fromVariable = variable != nullptr && *variable != '\0';
+    const std::string directory = fromVariable ? variable : "/tmp";
+    path = directory + "/qvi-XXXXXX";
+    const int descriptor = CreateGuardedFile(path, guard);
     if (descriptor < 0) {
+        const std::string reason = SystemReason();
+        path.clear();
         throw Cgats::Error(directory, 0,
                            std::string("cannot create a temporary file here") + (fromVariable ? " (TMPDIR)" : "") +
-                               ": " + std::strerror(errno));
+                               ": " + reason);
     }
     close(descriptor);
 }
 
 TempFile::~TempFile()
 {
-    std::remove(path.c_str());
+    if (!path.empty()) {
+        std::remove(path.c_str());
+    }
 }
 
 ResultSet::ResultSet(std::vector<Column> cols) : columns(std::move(cols))
@@ -311,7 +335,7 @@ ResultSet::ResultSet(std::vector<Column> cols) : columns(std::move(cols))
     }
     file = std::fopen(spool.Path().c_str(), "w+b");
     if (file == nullptr) {
-        throw Cgats::Error(spool.Path(), 0, std::string("cannot open a temporary file: ") + std::strerror(errno));
+        throw Cgats::Error(spool.Path(), 0, "cannot open a temporary file: " + SystemReason());
     }
 }
 

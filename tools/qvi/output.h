@@ -46,6 +46,17 @@ private:
     int slot = -1;
 };
 
+// Creates a file from the mkstemp pattern `path` (which becomes the file's
+// name) and guards it, with no signal between the two. Returns the open
+// descriptor, or -1 with errno set.
+int CreateGuardedFile(std::string& path, SignalGuard& guard);
+
+// The system's text for errno.
+std::string SystemReason();
+
+// A number in at most six significant digits, as "%g" writes it (1e+37).
+std::string Shortest(double value);
+
 // A temporary file in $TMPDIR (or /tmp), removed when it goes out of scope
 // or when a signal ends the process. A directory that does not exist or
 // cannot be written raises Cgats::Error with the system's reason.
