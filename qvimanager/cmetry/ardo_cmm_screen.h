@@ -7,16 +7,15 @@
 // its built-in table when there is none (always, until components can be
 // registered) or when the component raises.
 //
-// It will derive from the component base class; ConvertLabToRGB is its first
-// virtual operation of its own.
+// ConvertLabToRGB is its first virtual operation behind those of Component.
 
 #include "qvimanager/cmetry/color_vector.h"
+#include "qvimanager/components/component.h"
 
 namespace CMetry {
 
-class ArdoCMMScreen {
+class ArdoCMMScreen : public Utilities::Component {
 public:
-    virtual ~ArdoCMMScreen() = default;
     // The RGB vector of a Lab vector.
     virtual QVColorVector ConvertLabToRGB(const QVColorVector& lab) = 0;
 };

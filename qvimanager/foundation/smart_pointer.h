@@ -33,6 +33,10 @@ public:
     {
         return --count;
     }
+    unsigned short GetCount() const
+    {
+        return count;
+    }
 
 private:
     unsigned short count;
@@ -50,6 +54,14 @@ void FreeInstance(T* object)
         delete object;
     }
 }
+
+template <typename T>
+class SmartPointer;
+
+// DynamicCast<T>(source) shares the source's object as a T, or gives an
+// empty pointer (qvimanager/components/dynamic_cast.h).
+template <typename To, typename From>
+SmartPointer<To> DynamicCast(const SmartPointer<From>& source);
 
 // The base of every SmartPointer.
 class ReferenceManager {
@@ -161,9 +173,25 @@ public:
         return counter == other.counter;
     }
 
+    // How many pointers share the object: 0 for an empty pointer.
+    unsigned short GetReferenceCount() const
+    {
+        return counter == nullptr ? 0 : counter->GetCount();
+    }
+
     void Invariant() const override {}
 
 private:
+    template <typename To, typename From>
+    friend SmartPointer<To> DynamicCast(const SmartPointer<From>& source);
+
+    // Joins the share of another pointer to the same object (as another
+    // class of it) and counts one up.
+    SmartPointer(ReferenceCounter* shared, T* sharedObject) : counter(shared), object(sharedObject)
+    {
+        counter->AddReference();
+    }
+
     // Counts one down; at 0 the object is released through FreeInstance and
     // the counter deleted. Either way this pointer is left empty.
     void Release()

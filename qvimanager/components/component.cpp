@@ -1,0 +1,53 @@
+#include "qvimanager/components/component.h"
+
+namespace Utilities {
+
+ComponentBase::~ComponentBase() = default;
+
+Component::Component() : creator(nullptr) {}
+
+Component::Component(const Component& other) : ComponentBase(other), creator(other.creator) {}
+
+Component& Component::operator=(const Component& other)
+{
+    if (this != &other) {
+        creator = other.creator;
+    }
+    return *this;
+}
+
+Component::~Component()
+{
+    if (creator != nullptr) {
+        creator->DecrementInstanceCounter();
+        creator = nullptr;
+    }
+}
+
+void Component::FreeInstance()
+{
+    delete this;
+}
+
+void Component::Invariant() const {}
+
+bool Component::PrepareForUnload()
+{
+    return true;
+}
+
+void Component::SetCreator(ComponentCreatorBase* madeBy)
+{
+    creator = madeBy;
+}
+
+ComponentCreatorBase* Component::GetCreator() const
+{
+    return creator;
+}
+
+ComponentCreatorBase::~ComponentCreatorBase() = default;
+
+void ComponentCreatorBase::Invariant() const {}
+
+} // namespace Utilities
