@@ -35,5 +35,6 @@
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 #include "qvimanager/platform/language_service_interface.h"
+#include "qvimanager/platform/path_separators.h"
 
 #endif
