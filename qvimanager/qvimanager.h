@@ -34,6 +34,11 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
+#include "qvimanager/platform/directory.h"
+#include "qvimanager/platform/file.h"
 #include "qvimanager/platform/language_service_interface.h"
+#include "qvimanager/platform/path_separators.h"
+#include "qvimanager/platform/posix/directory_pc.h"
+#include "qvimanager/platform/posix/file_pc.h"
 
 #endif
