@@ -57,8 +57,8 @@ public:
     // state. The file may be opened again.
     virtual void Close() const = 0;
     // Writes `text` up to its first NUL. Throws the write failure when the
-    // stream refuses it (a file opened for reading only). Does nothing while
-    // no file is open.
+    // stream refuses it: a file opened for reading only, or one closed
+    // since. Does nothing before the first Open.
     virtual File& operator<<(const String& text) = 0;
     // The next line, without its line feed. A line keeps at most 9,999
     // characters: the rest of a longer line comes with the next calls, so
@@ -72,7 +72,8 @@ public:
     // Writes all Length() bytes of `text`, NULs included.
     virtual void Write(const String& text) = 0;
     // Writes exactly `count` bytes. Throws the write failure when the stream
-    // refuses them; does nothing while no file is open.
+    // refuses them (read only, or closed); does nothing before the first
+    // Open.
     virtual void Write(const char* bytes, unsigned long count) = 0;
     // Reads exactly `count` bytes into `bytes`. Where fewer are left, throws
     // "File read failed: %FILENAME%, end of file reached" (the bytes that

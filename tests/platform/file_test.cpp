@@ -263,7 +263,7 @@ TEST_F(FileTest, WriteWritesEveryByte)
     EXPECT_EQ(std::string("ab\0cd\r\n\0x", 9), Content(path));
 }
 
-TEST_F(FileTest, WritesWithoutAnOpenFileDoNothing)
+TEST_F(FileTest, WritesBeforeTheFirstOpenDoNothing)
 {
     const std::string path = In("never.txt");
     const SmartPointer<File> file = FileAt(path);
@@ -271,13 +271,18 @@ TEST_F(FileTest, WritesWithoutAnOpenFileDoNothing)
     file->Write(String("text"));
     file->Write("text", 4);
     EXPECT_FALSE(Exists(path));
+}
 
+TEST_F(FileTest, WritesAfterCloseFailAndChangeNothing)
+{
     const std::string kept = Put("kept.txt", "kept");
     const SmartPointer<File> closed = FileAt(kept);
     closed->Open(File::TextMode);
     closed->Close();
-    *closed << "text";
-    closed->Write("text", 4);
+    const std::string expected = "File write failed: " + kept + ", probably write protected";
+    EXPECT_EQ(expected, FailureText<ExceptionResourceNotAvailable>([&] { *closed << "text"; }));
+    EXPECT_EQ(expected, FailureText<ExceptionResourceNotAvailable>([&] { closed->Write("text", 4); }));
+    EXPECT_EQ(expected, FailureText<ExceptionResourceNotAvailable>([&] { closed->Write(String("text")); }));
     EXPECT_EQ("kept", Content(kept));
 }
 

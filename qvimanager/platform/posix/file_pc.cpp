@@ -104,7 +104,9 @@ void File_PC::Close() const
 
 File& File_PC::operator<<(const String& text)
 {
-    if (!IsOpen()) {
+    // Before the first Open there is nothing to write to. A closed stream
+    // refuses the text, and that is a failure: it would be lost.
+    if (!stream.IsValid()) {
         return *this;
     }
     stream->clear();
@@ -169,7 +171,7 @@ void File_PC::Write(const String& text)
 
 void File_PC::Write(const char* bytes, unsigned long count)
 {
-    if (!IsOpen()) {
+    if (!stream.IsValid()) {
         return;
     }
     stream->clear();
