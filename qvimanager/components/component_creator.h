@@ -17,7 +17,6 @@
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/components/component_factory.h"
-#include "qvimanager/components/dynamic_cast.h"
 #include "qvimanager/foundation/class_name.h"
 
 #include <type_traits>

@@ -11,7 +11,6 @@
 // constructor throws passes through, and so do the naming service's own
 // failures (Instance() after the service was released).
 
-#include "qvimanager/components/dynamic_cast.h"
 #include "qvimanager/components/naming_service.h"
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"

@@ -58,8 +58,6 @@ void FreeInstance(T* object)
 template <typename T>
 class SmartPointer;
 
-// DynamicCast<T>(source) shares the source's object as a T, or gives an
-// empty pointer (qvimanager/components/dynamic_cast.h).
 template <typename To, typename From>
 SmartPointer<To> DynamicCast(const SmartPointer<From>& source);
 
@@ -218,6 +216,26 @@ private:
     ReferenceCounter* counter;
     T* object;
 };
+
+// DynamicCast<T>(source): the object of `source` seen as a T.
+//
+// An empty source gives an empty result. Otherwise the object is cast at
+// run time; on success the result shares the source's reference counter,
+// which counts one up, and the object lives as long as either pointer does.
+// On failure the result is empty and nothing is thrown: a pointer to an
+// object of another class gives an empty pointer, never an exception.
+template <typename To, typename From>
+SmartPointer<To> DynamicCast(const SmartPointer<From>& source)
+{
+    if (source.object == nullptr) {
+        return SmartPointer<To>();
+    }
+    To* const target = dynamic_cast<To*>(source.object);
+    if (target == nullptr) {
+        return SmartPointer<To>();
+    }
+    return SmartPointer<To>(source.counter, target);
+}
 
 } // namespace Utilities
 

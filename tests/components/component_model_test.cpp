@@ -4,7 +4,6 @@
 #include "qvimanager/components/component.h"
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/components/component_factory.h"
-#include "qvimanager/components/dynamic_cast.h"
 #include "tests/components/test_components.h"
 #include "tests/support/failure_text.h"
 

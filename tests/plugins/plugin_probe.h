@@ -1,0 +1,37 @@
+#ifndef QVIMANAGER_TESTS_PLUGINS_PLUGIN_PROBE_H
+#define QVIMANAGER_TESTS_PLUGINS_PLUGIN_PROBE_H
+
+// The interface of the test plug-ins' components: shared by the plug-ins
+// and the test programs, as a driver's interface is shared by the driver
+// and its application.
+
+#include "qvimanager/components/component.h"
+#include "qvimanager/foundation/anything.h"
+#include "qvimanager/foundation/containers.h"
+#include "qvimanager/foundation/string.h"
+
+namespace TestPlugins {
+
+class PluginProbe : public Utilities::Component {
+public:
+    // Which plug-in and which component answered, e.g. "two_components:
+    // lamp".
+    virtual Utilities::String Identify() = 0;
+    // How often the components of this plug-in were asked to prepare for
+    // unload.
+    virtual long TimesPrepared() = 0;
+};
+
+inline Utilities::Map<Utilities::String, Utilities::Anything> Descriptor(const char* name, const char* version,
+                                                                         const char* category)
+{
+    Utilities::Map<Utilities::String, Utilities::Anything> descriptor;
+    descriptor[Utilities::String("name")] = Utilities::Anything(name);
+    descriptor[Utilities::String("version")] = Utilities::Anything(version);
+    descriptor[Utilities::String("category")] = Utilities::Anything(category);
+    return descriptor;
+}
+
+} // namespace TestPlugins
+
+#endif

@@ -1,0 +1,35 @@
+// A plug-in whose component cannot be made: its constructor throws.
+
+#include "qvimanager/components/component_creator.h"
+#include "qvimanager/foundation/exception.h"
+#include "tests/plugins/plugin_probe.h"
+
+namespace {
+
+using Utilities::Anything;
+using Utilities::Map;
+using Utilities::String;
+
+class Faulty : public TestPlugins::PluginProbe {
+public:
+    Faulty()
+    {
+        throw Utilities::ExceptionResourceNotAvailable("Faulty component cannot start");
+    }
+    static Map<String, Anything> GetDescriptor()
+    {
+        return TestPlugins::Descriptor("Faulty", "$Revision: 1.0 $", "TestFaulty");
+    }
+    String Identify() override
+    {
+        return String("throwing_constructor: faulty");
+    }
+    long TimesPrepared() override
+    {
+        return 0;
+    }
+};
+
+Utilities::ComponentCreatorNormal<Faulty> creator;
+
+} // namespace

@@ -1,0 +1,59 @@
+// A plug-in with two components: a normal one and a singleton.
+
+#include "qvimanager/components/component_creator.h"
+#include "tests/plugins/plugin_probe.h"
+
+namespace {
+
+using Utilities::Anything;
+using Utilities::Map;
+using Utilities::String;
+
+long timesPrepared = 0;
+
+class PluginLamp : public TestPlugins::PluginProbe {
+public:
+    static Map<String, Anything> GetDescriptor()
+    {
+        return TestPlugins::Descriptor("PluginLamp", "$Revision: 1.3 $", "TestLight");
+    }
+    String Identify() override
+    {
+        return String("two_components: lamp");
+    }
+    long TimesPrepared() override
+    {
+        return timesPrepared;
+    }
+    bool PrepareForUnload() override
+    {
+        ++timesPrepared;
+        return true;
+    }
+};
+
+class PluginClock : public TestPlugins::PluginProbe {
+public:
+    static Map<String, Anything> GetDescriptor()
+    {
+        return TestPlugins::Descriptor("PluginClock", "$Revision: 2.1 $", "TestTime");
+    }
+    String Identify() override
+    {
+        return String("two_components: clock");
+    }
+    long TimesPrepared() override
+    {
+        return timesPrepared;
+    }
+    bool PrepareForUnload() override
+    {
+        ++timesPrepared;
+        return true;
+    }
+};
+
+Utilities::ComponentCreatorNormal<PluginLamp> lampCreator;
+Utilities::ComponentCreatorSingleton<PluginClock> clockCreator;
+
+} // namespace
