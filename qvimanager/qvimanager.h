@@ -1,7 +1,9 @@
 #ifndef QVIMANAGER_QVIMANAGER_H
 #define QVIMANAGER_QVIMANAGER_H
 
-// Umbrella header: every public header of the library.
+// Umbrella header: every public header of the library, but for the
+// platform classes (platform/posix/), which only NewInstance names, and the
+// plug-in entry points, which a plug-in gets from qvimanager_add_plugin.
 
 #include "qvimanager/cmetry/ardo_cmm_screen.h"
 #include "qvimanager/cmetry/calculator.h"
@@ -17,6 +19,13 @@
 #include "qvimanager/cmetry/spectrum.h"
 #include "qvimanager/cmetry/tables/cie_tables.h"
 #include "qvimanager/cmetry/weightfactors.h"
+#include "qvimanager/components/component.h"
+#include "qvimanager/components/component_creator.h"
+#include "qvimanager/components/component_factory.h"
+#include "qvimanager/components/dll_loader.h"
+#include "qvimanager/components/dll_loader_base.h"
+#include "qvimanager/components/local_loader.h"
+#include "qvimanager/components/naming_service.h"
 #include "qvimanager/components/resolve.h"
 #include "qvimanager/density/density.h"
 #include "qvimanager/density/density_calculator.h"
@@ -38,7 +47,5 @@
 #include "qvimanager/platform/file.h"
 #include "qvimanager/platform/language_service_interface.h"
 #include "qvimanager/platform/path_separators.h"
-#include "qvimanager/platform/posix/directory_pc.h"
-#include "qvimanager/platform/posix/file_pc.h"
 
 #endif

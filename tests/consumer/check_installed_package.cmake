@@ -56,7 +56,19 @@ foreach(package IN ITEMS installed build-tree)
   run(COMMAND ${CMAKE_COMMAND} --build "${build}")
   expect_ok("${build}/app" "consumer: ok")
   expect_ok("${build}/cgats_app" "consumer cgats: ok")
+  expect_ok("${build}/plugin_host" "consumer plugin: ok")
 endforeach()
+
+# The kit refuses a plug-in without sources, saying why.
+execute_process(
+  COMMAND ${CMAKE_COMMAND} -S "${SOURCE_DIR}/bad_plugin" -B "${WORK_DIR}/bad-plugin" -G "${GENERATOR}"
+    "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF
+  RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+if(result EQUAL 0 OR NOT errors MATCHES "qvimanager_add_plugin\\(no_sources\\): SOURCES names no file")
+  message(NOTICE "${output}${errors}")
+  message(FATAL_ERROR "qvimanager_add_plugin accepted a plug-in without sources")
+endif()
+message(STATUS "qvimanager_add_plugin refuses a plug-in without sources: ok")
 
 # pkg-config: its flags alone compile and link the consumer; the shared
 # library's flags carry the numeric options its inline code needs.
