@@ -1,5 +1,9 @@
 #include "qvimanager/components/component.h"
 
+#include "qvimanager/foundation/class_name.h"
+
+#include <typeinfo>
+
 namespace Utilities {
 
 ComponentBase::~ComponentBase() = default;
@@ -49,5 +53,13 @@ ComponentCreatorBase* Component::GetCreator() const
 ComponentCreatorBase::~ComponentCreatorBase() = default;
 
 void ComponentCreatorBase::Invariant() const {}
+
+Diagnostics::String ComponentCreatorBase::InstanceCountLabel() const
+{
+    Diagnostics::String value(GetRuntimeClassName(typeid(*this)).GetCharPointer());
+    value += ": Actual instance count = ";
+    value += Diagnostics::String(GetInstanceCount());
+    return value;
+}
 
 } // namespace Utilities

@@ -88,6 +88,10 @@ public:
     virtual bool PrepareForUnload() = 0;
 
 protected:
+    // The run-time class name of the creator, then ": Actual instance count
+    // = " and GetInstanceCount(): the label of both kinds of creator.
+    Diagnostics::String InstanceCountLabel() const;
+
     ComponentCreatorBase() = default;
     ComponentCreatorBase(const ComponentCreatorBase&) = default;
     ComponentCreatorBase& operator=(const ComponentCreatorBase&) = default;

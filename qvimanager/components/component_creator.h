@@ -17,10 +17,8 @@
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/components/component_factory.h"
-#include "qvimanager/foundation/class_name.h"
 
 #include <type_traits>
-#include <typeinfo>
 
 namespace Utilities {
 
@@ -40,10 +38,7 @@ public:
     // = " and the count.
     Diagnostics::String GetValueString() const override
     {
-        Diagnostics::String value(GetRuntimeClassName(typeid(*this)).GetCharPointer());
-        value += ": Actual instance count = ";
-        value += Diagnostics::String(GetInstanceCount());
-        return value;
+        return InstanceCountLabel();
     }
 
     // T::GetDescriptor().
@@ -100,12 +95,10 @@ public:
         ComponentFactory::RegisterAtLoad(this);
     }
 
+    // As ComponentCreatorNormal's.
     Diagnostics::String GetValueString() const override
     {
-        Diagnostics::String value(GetRuntimeClassName(typeid(*this)).GetCharPointer());
-        value += ": Actual instance count = ";
-        value += Diagnostics::String(GetInstanceCount());
-        return value;
+        return InstanceCountLabel();
     }
 
     Map<String, Anything> GetDescriptor() const override

@@ -11,16 +11,10 @@ using Utilities::String;
 
 long timesPrepared = 0;
 
-class PluginLamp : public TestPlugins::PluginProbe {
+// What both components share: they count the requests to prepare for
+// unload, plug-in wide.
+class Counting : public TestPlugins::PluginProbe {
 public:
-    static Map<String, Anything> GetDescriptor()
-    {
-        return TestPlugins::Descriptor("PluginLamp", "$Revision: 1.3 $", "TestLight");
-    }
-    String Identify() override
-    {
-        return String("two_components: lamp");
-    }
     long TimesPrepared() override
     {
         return timesPrepared;
@@ -32,7 +26,19 @@ public:
     }
 };
 
-class PluginClock : public TestPlugins::PluginProbe {
+class PluginLamp : public Counting {
+public:
+    static Map<String, Anything> GetDescriptor()
+    {
+        return TestPlugins::Descriptor("PluginLamp", "$Revision: 1.3 $", "TestLight");
+    }
+    String Identify() override
+    {
+        return String("two_components: lamp");
+    }
+};
+
+class PluginClock : public Counting {
 public:
     static Map<String, Anything> GetDescriptor()
     {
@@ -41,15 +47,6 @@ public:
     String Identify() override
     {
         return String("two_components: clock");
-    }
-    long TimesPrepared() override
-    {
-        return timesPrepared;
-    }
-    bool PrepareForUnload() override
-    {
-        ++timesPrepared;
-        return true;
     }
 };
 

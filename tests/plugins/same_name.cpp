@@ -1,4 +1,6 @@
-// One of two plug-ins that register a component of the same name.
+// Two plug-ins that register a component of the same name are built from
+// this file: SAME_NAME_PLUGIN names the plug-in, SAME_NAME_REVISION its
+// component's revision.
 
 #include "qvimanager/components/component_creator.h"
 #include "tests/plugins/plugin_probe.h"
@@ -13,11 +15,11 @@ class Shared : public TestPlugins::PluginProbe {
 public:
     static Map<String, Anything> GetDescriptor()
     {
-        return TestPlugins::Descriptor("SharedName", "$Revision: 1.5 $", "TestShared");
+        return TestPlugins::Descriptor("SharedName", "$Revision: " SAME_NAME_REVISION " $", "TestShared");
     }
     String Identify() override
     {
-        return String("same_name_first");
+        return String(SAME_NAME_PLUGIN);
     }
     long TimesPrepared() override
     {
