@@ -34,15 +34,6 @@ ComponentCreatorSingleton<Clock> clockCreator;
 ComponentCreatorNormal<SecondLamp> secondLampCreator;
 ComponentCreatorNormal<Fuse> fuseCreator;
 
-std::vector<std::string> Names(const List<Map<String, Anything>>& descriptors)
-{
-    std::vector<std::string> names;
-    for (ListIterator<Map<String, Anything>> entry = descriptors.Begin(); entry.IsValid(); entry++) {
-        names.push_back(entry.Current()[String("name")].GetString().GetCharPointer());
-    }
-    return names;
-}
-
 SmartPointer<Component> ResolveHere(const char* name)
 {
     SmartPointer<Component> out;
@@ -233,7 +224,8 @@ TEST(ComponentCreatorNormal, NullTargetMakesAndDropsAnUncountedObject)
 TEST(ComponentCreatorNormal, ConstructorFailurePassesThroughUncounted)
 {
     SmartPointer<Component> out;
-    EXPECT_EQ("Fuse blown", TestSupport::FailureText<ExceptionResourceNotAvailable>([&] { fuseCreator.CreateComponent(&out); }));
+    EXPECT_EQ("Fuse blown",
+              TestSupport::FailureText<ExceptionResourceNotAvailable>([&] { fuseCreator.CreateComponent(&out); }));
     EXPECT_FALSE(out.IsValid());
     EXPECT_EQ(0UL, fuseCreator.GetInstanceCount());
 }
@@ -332,7 +324,7 @@ TEST(ComponentCreatorSingleton, LabelNamesTheCreatorClassAndCount)
 TEST(ComponentFactory, HoldsTheDescriptorsInOrderOfRegistration)
 {
     EXPECT_EQ((std::vector<std::string>{"Lamp", "Switch", "Clock", "Fuse"}),
-              Names(ComponentFactory::Instance()->GetDescriptors()));
+              TestPlugins::DescriptorValues(ComponentFactory::Instance()->GetDescriptors(), "name"));
 }
 
 TEST(ComponentFactory, FirstRegistrationOfANameWinsSilently)

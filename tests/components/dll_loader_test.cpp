@@ -17,6 +17,7 @@
 
 namespace {
 
+using TestPlugins::DescriptorValues;
 using TestPlugins::PluginProbe;
 using TestSupport::FailureText;
 using Utilities::Anything;
@@ -54,15 +55,6 @@ SmartPointer<DllLoader> LoaderFor(const std::string& name)
     SmartPointer<DllLoader> loader = DllLoader::NewInstance();
     loader->SetDLLName(String(PluginPath(name).c_str()));
     return loader;
-}
-
-std::vector<std::string> Values(const List<Map<String, Anything>>& descriptors, const char* key)
-{
-    std::vector<std::string> values;
-    for (ListIterator<Map<String, Anything>> entry = descriptors.Begin(); entry.IsValid(); entry++) {
-        values.push_back(entry.Current()[String(key)].GetString().GetCharPointer());
-    }
-    return values;
 }
 
 SmartPointer<PluginProbe> ResolveProbe(const SmartPointer<DllLoader>& loader, const char* name)
@@ -114,8 +106,9 @@ TEST(DllLoader, DescriptorsLoadTheFileFirst)
 {
     SmartPointer<DllLoader> loader = LoaderFor("two_components.dll");
     const List<Map<String, Anything>>& descriptors = loader->GetComponentDescriptors();
-    EXPECT_EQ((std::vector<std::string>{"PluginLamp", "PluginClock"}), Values(descriptors, "name"));
-    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.3 $", "$Revision: 2.1 $"}), Values(descriptors, "version"));
+    EXPECT_EQ((std::vector<std::string>{"PluginLamp", "PluginClock"}), DescriptorValues(descriptors, "name"));
+    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.3 $", "$Revision: 2.1 $"}),
+              DescriptorValues(descriptors, "version"));
     EXPECT_TRUE(IsMapped(PluginPath("two_components.dll")));
 }
 
@@ -345,8 +338,10 @@ TEST(DllLoader, TwoPluginsWithOneNameKeepTheirOwnCreators)
     ASSERT_TRUE(fromSecond.IsValid());
     EXPECT_STREQ("same_name_first", fromFirst->Identify().GetCharPointer());
     EXPECT_STREQ("same_name_second", fromSecond->Identify().GetCharPointer());
-    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.5 $"}), Values(first->GetComponentDescriptors(), "version"));
-    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.6 $"}), Values(second->GetComponentDescriptors(), "version"));
+    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.5 $"}),
+              DescriptorValues(first->GetComponentDescriptors(), "version"));
+    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.6 $"}),
+              DescriptorValues(second->GetComponentDescriptors(), "version"));
 }
 
 TEST(DllLoader, PluginComponentsNeverReachTheLibrarysFactory)
@@ -356,7 +351,7 @@ TEST(DllLoader, PluginComponentsNeverReachTheLibrarysFactory)
     ASSERT_TRUE(plugin->IsValidPluginDLL());
     ASSERT_TRUE(other->IsValidPluginDLL());
     LocalLoader library;
-    const std::vector<std::string> names = Values(library.GetComponentDescriptors(), "name");
+    const std::vector<std::string> names = DescriptorValues(library.GetComponentDescriptors(), "name");
     for (const char* name : {"PluginLamp", "PluginClock", "SharedName"}) {
         EXPECT_EQ(names.end(), std::find(names.begin(), names.end(), name)) << name;
     }

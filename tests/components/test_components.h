@@ -6,6 +6,7 @@
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/foundation/exception.h"
+#include "tests/plugins/plugin_probe.h"
 
 namespace ComponentTests {
 
@@ -13,14 +14,7 @@ using Utilities::Anything;
 using Utilities::Map;
 using Utilities::String;
 
-inline Map<String, Anything> Descriptor(const char* name, const char* version, const char* category)
-{
-    Map<String, Anything> descriptor;
-    descriptor[String("name")] = Anything(name);
-    descriptor[String("version")] = Anything(version);
-    descriptor[String("category")] = Anything(category);
-    return descriptor;
-}
+using TestPlugins::Descriptor;
 
 // Counts constructions and destructions of all test components.
 struct Census {

@@ -20,10 +20,6 @@ public:
     {
         return String("nameless_descriptor: good");
     }
-    long TimesPrepared() override
-    {
-        return 0;
-    }
 };
 
 class Nameless : public Good {

@@ -3,12 +3,15 @@
 
 // The interface of the test plug-ins' components: shared by the plug-ins
 // and the test programs, as a driver's interface is shared by the driver
-// and its application.
+// and its application. With it, the descriptor helpers of both.
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/foundation/anything.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/string.h"
+
+#include <string>
+#include <vector>
 
 namespace TestPlugins {
 
@@ -18,10 +21,14 @@ public:
     // lamp".
     virtual Utilities::String Identify() = 0;
     // How often the components of this plug-in were asked to prepare for
-    // unload.
-    virtual long TimesPrepared() = 0;
+    // unload; 0 for a plug-in that does not count.
+    virtual long TimesPrepared()
+    {
+        return 0;
+    }
 };
 
+// A descriptor of the three usual keys.
 inline Utilities::Map<Utilities::String, Utilities::Anything> Descriptor(const char* name, const char* version,
                                                                          const char* category)
 {
@@ -30,6 +37,18 @@ inline Utilities::Map<Utilities::String, Utilities::Anything> Descriptor(const c
     descriptor[Utilities::String("version")] = Utilities::Anything(version);
     descriptor[Utilities::String("category")] = Utilities::Anything(category);
     return descriptor;
+}
+
+// The values under `key` of a list of descriptors, in list order.
+inline std::vector<std::string> DescriptorValues(
+    const Utilities::List<Utilities::Map<Utilities::String, Utilities::Anything>>& descriptors, const char* key)
+{
+    std::vector<std::string> values;
+    for (Utilities::ListIterator<Utilities::Map<Utilities::String, Utilities::Anything>> entry = descriptors.Begin();
+         entry.IsValid(); entry++) {
+        values.push_back(entry.Current()[Utilities::String(key)].GetString().GetCharPointer());
+    }
+    return values;
 }
 
 } // namespace TestPlugins

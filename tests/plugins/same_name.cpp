@@ -21,10 +21,6 @@ public:
     {
         return String(SAME_NAME_PLUGIN);
     }
-    long TimesPrepared() override
-    {
-        return 0;
-    }
 };
 
 Utilities::ComponentCreatorNormal<Shared> creator;

@@ -22,10 +22,6 @@ public:
     {
         return String("stays_loaded: pinned");
     }
-    long TimesPrepared() override
-    {
-        return 0;
-    }
 };
 
 // A creator of its own: it makes plain objects and reports one instance

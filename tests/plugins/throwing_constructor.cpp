@@ -24,10 +24,6 @@ public:
     {
         return String("throwing_constructor: faulty");
     }
-    long TimesPrepared() override
-    {
-        return 0;
-    }
 };
 
 Utilities::ComponentCreatorNormal<Faulty> creator;

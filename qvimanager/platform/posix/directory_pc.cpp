@@ -171,8 +171,10 @@ std::vector<SmartPointer<Directory>> Directory_PC::GetFirstDirectory(const Strin
     for (const String& name : SortedMatches(path, pattern)) {
         // No dot in the name: exactly one token by ".".
         if (name.GetTokenCount('.') == 1) {
-            directories.push_back(
-                NewInstance(SpecifiedDirectory, ConvSeperatorIndependend(path + String(Separator) + name)));
+            // The entry was just listed: it exists, and is made without the
+            // existence test (which would try to create it).
+            directories.push_back(SmartPointer<Directory>(
+                new Directory_PC(SpecifiedDirectory, path + String(Separator) + name)));
         }
     }
     return directories;
