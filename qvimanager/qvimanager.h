@@ -26,6 +26,7 @@
 #include "qvimanager/components/dll_loader_base.h"
 #include "qvimanager/components/local_loader.h"
 #include "qvimanager/components/naming_service.h"
+#include "qvimanager/components/naming_service_iterator.h"
 #include "qvimanager/components/resolve.h"
 #include "qvimanager/density/density.h"
 #include "qvimanager/density/density_calculator.h"

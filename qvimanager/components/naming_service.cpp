@@ -1,6 +1,11 @@
 #include "qvimanager/components/naming_service.h"
 
+#include "qvimanager/components/dll_loader.h"
+#include "qvimanager/components/local_loader.h"
 #include "qvimanager/foundation/exception.h"
+#include "qvimanager/platform/directory.h"
+#include "qvimanager/platform/file.h"
+#include "qvimanager/platform/language_service_interface.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -13,6 +18,10 @@ namespace {
 // The service: null before the first Instance(), then the object, then
 // the released mark for good.
 NamingService* psmNamingServiceInstance = nullptr;
+// The service while its constructor runs: a plug-in that asks for the
+// service from its static initialisers, while the scan loads it, gets this
+// one rather than starting a second scan.
+NamingService* psmStartingInstance = nullptr;
 
 NamingService* Released()
 {
@@ -23,7 +32,44 @@ NamingService* Released()
 
 NamingServiceTestHooks::~NamingServiceTestHooks() = default;
 
-NamingService::NamingService() : componentLoaders(), descriptors(), testHooks(), componentPool() {}
+NamingService::NamingService() : componentLoaders(), descriptors(), testHooks(), componentPool()
+{
+    // The service is made whatever start-up meets: what went wrong is a
+    // diagnostic, and the service answers with what it registered.
+    psmStartingInstance = this;
+    try {
+        RegisterLocalComponentsAndPlugins();
+    } catch (const Exception& failure) {
+        Diagnostics::String text("NamingService initialization: Unexpected exception occured: ");
+        text += failure.GetExceptionText().GetCharPointer();
+    } catch (...) {
+        Diagnostics::String text("NamingService initialization: Unexpected exception occured.");
+    }
+    psmStartingInstance = nullptr;
+}
+
+void NamingService::RegisterLocalComponentsAndPlugins()
+{
+    // The library's own components come first and set the baseline that
+    // plug-ins must beat.
+    RegisterComponents(SmartPointer<DllLoaderBase>(new LocalLoader()));
+
+    SmartPointer<Directory> application = Directory::NewInstance(Directory::ApplicationDirectory);
+    std::vector<SmartPointer<Directory>> plugins = application->GetFirstDirectory(String("plugins"));
+    if (plugins.empty()) {
+        Diagnostics::String text("NamingService: No plugin subdirectory exist in applications directory.");
+        return;
+    }
+    std::vector<SmartPointer<File>> files = plugins.front()->GetFirstFile(String("*"), String("dll"));
+    for (const SmartPointer<File>& file : files) {
+        // A file that is no plug-in is skipped; any other failure ends the
+        // scan at this file.
+        try {
+            LoadAdditionalPluginLibrary(*file);
+        } catch (const ExceptionNamingService&) {
+        }
+    }
+}
 
 NamingService::~NamingService()
 {
@@ -48,6 +94,9 @@ NamingService::~NamingService()
 
 NamingService* NamingService::Instance()
 {
+    if (psmNamingServiceInstance == nullptr && psmStartingInstance != nullptr) {
+        return psmStartingInstance;
+    }
     if (psmNamingServiceInstance == nullptr) {
         psmNamingServiceInstance = new (std::nothrow) NamingService();
         if (psmNamingServiceInstance == nullptr) {
@@ -127,8 +176,177 @@ void NamingService::AddComponentToPool(const String& poolKey, SmartPointer<Compo
     componentPool[poolKey] = component;
 }
 
+void NamingService::RegisterComponents(SmartPointer<DllLoaderBase> loader)
+{
+    const String dllName = loader->GetDLLName();
+    const List<Map<String, Anything>> offered(loader->GetComponentDescriptors());
+    for (ListIterator<Map<String, Anything>> entry = offered.Begin(); entry.IsValid(); entry++) {
+        const Map<String, Anything>& descriptor = entry.Current();
+        MapIterator<String, Anything> nameEntry = descriptor.Find(String("name"));
+        if (!nameEntry.IsValid()) {
+            Diagnostics::String text("NamingService: Component DLL: ");
+            text += dllName.GetCharPointer();
+            text += " contains a component without a name tag in the descriptor.";
+            continue;
+        }
+        const String name = nameEntry.GetValue().GetString();
+
+        MapIterator<String, SmartPointer<DllLoaderBase>> registered = componentLoaders.Find(name);
+        if (!registered.IsValid()) {
+            componentLoaders[name] = loader;
+            descriptors.Append(descriptor);
+            Diagnostics::String text("NamingService: Component added: ");
+            text += name.GetCharPointer();
+            continue;
+        }
+
+        MapIterator<String, Anything> newVersionEntry = descriptor.Find(String("version"));
+        if (!newVersionEntry.IsValid()) {
+            Diagnostics::String text("NamingService: Component: ");
+            text += name.GetCharPointer();
+            text += " in DLL: ";
+            text += dllName.GetCharPointer();
+            text += " contains no revision information";
+            continue;
+        }
+        NamingServiceIterator existing = GetNamingServiceIterator(String("name"), Anything(name));
+        MapIterator<String, Anything> oldVersionEntry = existing->Find(String("version"));
+        if (!oldVersionEntry.IsValid()) {
+            continue;
+        }
+        const String newVersion = newVersionEntry.GetValue().GetString();
+        const String oldVersion = oldVersionEntry.GetValue().GetString();
+        const String oldDllName = registered.GetValue()->GetDLLName();
+        if (newVersion.GetTokenCount(' ') != 3 || oldVersion.GetTokenCount(' ') != 3) {
+            Diagnostics::String text("NamingService: Component: ");
+            text += name.GetCharPointer();
+            text += " (";
+            text += newVersion.GetCharPointer();
+            text += ") in DLL: ";
+            text += dllName.GetCharPointer();
+            text += " has a different revision format than same component (";
+            text += oldVersion.GetCharPointer();
+            text += ") in DLL:";
+            text += oldDllName.GetCharPointer();
+            continue;
+        }
+        // The middle token compares as a decimal number: "1.10" is below
+        // "1.9".
+        const double newRevision = newVersion.GetToken(1, ' ').GetDouble();
+        const double oldRevision = oldVersion.GetToken(1, ' ').GetDouble();
+        Diagnostics::String text("NamingService: Component: ");
+        text += name.GetCharPointer();
+        text += " in DLL: ";
+        text += dllName.GetCharPointer();
+        if (newRevision > oldRevision) {
+            text += " is newer (and has been replaced) than the same component in DLL: ";
+            text += oldDllName.GetCharPointer();
+            registered.GetValue() = loader;
+            // The descriptor keeps its place in the list.
+            existing.position.Current() = descriptor;
+        } else {
+            // A tie keeps the file registered first.
+            text += " is older than the same component in DLL: ";
+            text += oldDllName.GetCharPointer();
+        }
+    }
+}
+
+void NamingService::LoadAdditionalPluginLibrary(const File& file)
+{
+    SmartPointer<DllLoader> loader = DllLoader::NewInstance();
+    if (!loader.IsValid()) {
+        Diagnostics::String text("NamingService: !!!! Can't create a DllLoader instance !!!! Perhaps NamingService "
+                                 "will not support all components !!!!");
+        return;
+    }
+    // GetPathWithName changes nothing, though File does not declare it
+    // const.
+    loader->SetDLLName(const_cast<File&>(file).GetPathWithName());
+    if (loader->IsValidPluginDLL()) {
+        Diagnostics::String text("NamingService: ");
+        text += loader->GetDLLName().GetCharPointer();
+        text += " a valid plugin DLL, is loaded into memory";
+        RegisterComponents(DynamicCast<DllLoaderBase>(loader));
+        return;
+    }
+    throw ExceptionNamingService(String("NamingService: ") + loader->GetDLLName() +
+                                 String(" is not a valid plugin DLL."));
+}
+
+NamingServiceIterator NamingService::GetNamingServiceIterator(const String& key, const Anything& value)
+{
+    return NamingServiceIterator(descriptors, key, value);
+}
+
+namespace {
+
+// Whether `value` sorts before `other` as `sortType` reads them.
+bool SortsBefore(const Anything& value, const Anything& other, NamingService::SortType sortType)
+{
+    switch (sortType) {
+    case NamingService::SortAsString:
+        return value.GetString() < other.GetString();
+    case NamingService::SortAsLong:
+        return value.GetLong() < other.GetLong();
+    case NamingService::SortAsShort:
+        return value.GetShort() < other.GetShort();
+    }
+    return false;
+}
+
+String Translated(const char* text)
+{
+    return LanguageServiceInterface().GetTranslation(String(text));
+}
+
+} // namespace
+
+List<Map<String, Anything>> NamingService::GetFilteredSortedDescriptorsList(const String& filterKey,
+                                                                            const Anything& filterValue,
+                                                                            const String& sortKey,
+                                                                            const SortType& sortType) const
+{
+    List<Map<String, Anything>> sorted;
+    try {
+        for (NamingServiceIterator match(descriptors, filterKey, filterValue); match.IsValid(); match++) {
+            const Map<String, Anything>& descriptor = match.Current();
+            const Anything& value = descriptor[sortKey];
+            bool inserted = false;
+            for (ListIterator<Map<String, Anything>> element = sorted.Begin(); element.IsValid(); element++) {
+                if (SortsBefore(value, element.Current()[sortKey], sortType)) {
+                    // Insertion before the first greater element keeps equal
+                    // values in the order of the descriptors.
+                    ListIterator<Map<String, Anything>> before = element;
+                    before--;
+                    if (before.IsValid()) {
+                        sorted.InsertAfter(before, descriptor);
+                    } else {
+                        sorted.InsertAtBegin(descriptor);
+                    }
+                    inserted = true;
+                    break;
+                }
+            }
+            if (!inserted) {
+                sorted.Append(descriptor);
+            }
+        }
+    } catch (const ExceptionWrongType&) {
+        throw ExceptionNamingService(Translated("Specified sort type is not correct"));
+    } catch (const ExceptionOutOfBound&) {
+        throw ExceptionNamingService(
+            Translated("Sort key doesn't exist in all components corresponding to filter settings."));
+    } catch (const Exception& failure) {
+        throw ExceptionNamingService(Translated("An unexpected error occured. Error text:") + String("\n\n") +
+                                     failure.GetExceptionText());
+    }
+    return sorted;
+}
+
 void NamingService::RegisterTestHooks(const SmartPointer<NamingServiceTestHooks>& hooks)
 {
+    // Assigning the pointer it holds already changes nothing.
     testHooks = hooks;
 }
 

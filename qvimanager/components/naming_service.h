@@ -5,24 +5,40 @@
 // to the loader of the file that supplies it, and hands out components by
 // name, optionally kept in named pools.
 //
-// This service does not register components yet: its registry is empty,
-// so every name is unknown unless test hooks answer it, and a resolve gives
-// an empty pointer. Callers such as the RGB conversion and translation then
-// take their built-in paths.
+// The first Instance() makes it. It registers the library's own components
+// first, then every plug-in file "*.dll" in the folder "plugins" beside
+// the running program, in byte order of the file names. A file there that
+// is no plug-in is skipped; a missing folder is no failure.
+//
+// When two files offer a component of the same name, the newer revision
+// wins. A revision is the descriptor's "version", three blank-separated
+// tokens as in "$Revision: 1.5 $", whose middle token compares as a
+// decimal number: "1.10" is older than "1.9", and that is the rule. A tie
+// keeps the file registered first. A version of another form (one token
+// such as "1.7") or none at all never replaces anything.
 //
 // It is forgiving: an unknown name gives an empty pointer, never an
 // exception. It has no lock: make the first Instance() call before threads
-// share it, and serialise later changes.
+// share it, and serialise LoadAdditionalPluginLibrary and pool use.
+//
+// What the service notices on the way (a component added or replaced, a
+// file skipped, a name not found) it forms as a diagnostic text at its
+// place; no result depends on those texts.
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/components/dll_loader_base.h"
+#include "qvimanager/components/naming_service_iterator.h"
 #include "qvimanager/diagnostics/diagnostic_string.h"
 #include "qvimanager/foundation/anything.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 
+#include <cstdint>
+
 namespace Utilities {
+
+class File;
 
 // Interception of NamingService::Resolve, for tests.
 class NamingServiceTestHooks {
@@ -36,8 +52,22 @@ public:
 
 class NamingService {
 public:
+    // As which kind of value GetFilteredSortedDescriptorsList reads the
+    // entries under its sort key. Any other value never compares as less,
+    // so the list keeps the order of the descriptors.
+    enum SortType : std::int32_t {
+        // String::operator< on GetString(): byte order.
+        SortAsString = 0,
+        // < on GetLong().
+        SortAsLong = 1,
+        // < on GetShort().
+        SortAsShort = 2
+    };
+
     // The service, made on the first call; its release is then registered
-    // with atexit. Throws ExceptionNamingService with "Can't create
+    // with atexit. A call made while the first one is still registering
+    // (from a plug-in's static initialiser, as the scan loads it) gets the
+    // service as registered so far. Throws ExceptionNamingService with "Can't create
     // instance of NamingService" if it cannot be allocated, and with "Can't
     // recreate instance of NamingService" once it has been released: a
     // released service does not come back within the process.
@@ -60,8 +90,40 @@ public:
     // pooled twice: *out is emptied. Neither name may contain ':'.
     void Resolve(const String& name, const String& poolName, SmartPointer<Component>* out, bool& created);
 
+    // Registers the components of the plug-in `file` by the revision rule,
+    // against what is registered already. A file that is no plug-in (it
+    // cannot be loaded, or lacks one of the four entry points) throws
+    // ExceptionNamingService with "NamingService: <path> is not a valid
+    // plugin DLL.". A descriptor whose "name" or "version" is not a text
+    // throws ExceptionWrongType; the descriptors before it stay registered.
+    // A shared object that lacks an entry point stays loaded until the
+    // process ends (see DllLoaderBase::IsValidPluginDLL).
+    void LoadAdditionalPluginLibrary(const File& file);
+
     // Stores the hooks, replacing any earlier ones.
     void RegisterTestHooks(const SmartPointer<NamingServiceTestHooks>& hooks);
+
+    // A walk over the descriptors of the registered components, in order of
+    // first registration (a replaced component keeps its place), standing on
+    // the first that matches the filter (naming_service_iterator.h).
+    NamingServiceIterator GetNamingServiceIterator(const String& key, const Anything& value);
+
+    // Copies of the descriptors that match the filter, sorted ascending by
+    // their value under `sortKey` read as `sortType` says; equal values keep
+    // the order of the descriptors. No match: an empty list, whatever the
+    // sort key. Failures throw ExceptionNamingService with these texts, each
+    // passed through LanguageServiceInterface::GetTranslation:
+    //   a matching descriptor without `sortKey`: "Sort key doesn't exist in
+    //     all components corresponding to filter settings."
+    //   a value of another kind than `sortType` reads: "Specified sort type
+    //     is not correct"
+    //   any other Exception: "An unexpected error occured. Error text:",
+    //     then two line feeds and the text of the exception.
+    // Descriptors outside the filter need not have the sort key.
+    List<Map<String, Anything>> GetFilteredSortedDescriptorsList(const String& filterKey,
+                                                                 const Anything& filterValue,
+                                                                 const String& sortKey,
+                                                                 const SortType& sortType) const;
 
     // "NamingService supports <n> components."
     Diagnostics::String GetValueString();
@@ -76,6 +138,11 @@ protected:
     void AddComponentToPool(const String& poolKey, SmartPointer<Component>& component);
 
 private:
+    // Registers each component that `loader` offers by the revision rule.
+    void RegisterComponents(SmartPointer<DllLoaderBase> loader);
+    // The library's own components, then the plug-in folder.
+    void RegisterLocalComponentsAndPlugins();
+
     NamingService(const NamingService&) = delete;
     NamingService& operator=(const NamingService&) = delete;
 
