@@ -26,6 +26,13 @@ public:
     {
         return 0;
     }
+    // How many other components of this plug-in were alive when it was
+    // last asked to prepare for unload; -1 for a plug-in that does not
+    // count.
+    virtual long OthersAliveWhenPrepared()
+    {
+        return -1;
+    }
 };
 
 // A descriptor of the three usual keys.

@@ -1,6 +1,7 @@
-// Two plug-ins that register a component of the same name are built from
-// this file: SAME_NAME_PLUGIN names the plug-in, SAME_NAME_REVISION its
-// component's revision.
+// The plug-ins that register a component of the same name, "SharedName",
+// are built from this file: SAME_NAME_PLUGIN names the plug-in,
+// SAME_NAME_VERSION is the whole "version" of its descriptor, and without
+// it the descriptor has no "version".
 
 #include "qvimanager/components/component_creator.h"
 #include "tests/plugins/plugin_probe.h"
@@ -15,7 +16,14 @@ class Shared : public TestPlugins::PluginProbe {
 public:
     static Map<String, Anything> GetDescriptor()
     {
-        return TestPlugins::Descriptor("SharedName", "$Revision: " SAME_NAME_REVISION " $", "TestShared");
+#ifdef SAME_NAME_VERSION
+        return TestPlugins::Descriptor("SharedName", SAME_NAME_VERSION, "TestShared");
+#else
+        Map<String, Anything> descriptor;
+        descriptor[String("name")] = Anything("SharedName");
+        descriptor[String("category")] = Anything("TestShared");
+        return descriptor;
+#endif
     }
     String Identify() override
     {

@@ -1,4 +1,6 @@
-// A plug-in whose component cannot be made: its constructor throws.
+// A plug-in whose components cannot be made: their constructors throw,
+// "Faulty" an ExceptionResourceNotAvailable, "FaultyLoader" an
+// ExceptionDllLoader.
 
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/foundation/exception.h"
@@ -26,6 +28,23 @@ public:
     }
 };
 
+class FaultyLoader : public TestPlugins::PluginProbe {
+public:
+    FaultyLoader()
+    {
+        throw Utilities::ExceptionDllLoader("FaultyLoader cannot start");
+    }
+    static Map<String, Anything> GetDescriptor()
+    {
+        return TestPlugins::Descriptor("FaultyLoader", "$Revision: 1.0 $", "TestFaulty");
+    }
+    String Identify() override
+    {
+        return String("throwing_constructor: faulty loader");
+    }
+};
+
 Utilities::ComponentCreatorNormal<Faulty> creator;
+Utilities::ComponentCreatorNormal<FaultyLoader> loaderCreator;
 
 } // namespace

@@ -10,24 +10,43 @@ using Utilities::Map;
 using Utilities::String;
 
 long timesPrepared = 0;
+long lampsAlive = 0;
+long lampsAliveWhenPrepared = -1;
 
 // What both components share: they count the requests to prepare for
-// unload, plug-in wide.
+// unload, plug-in wide, and note how many lamps were alive then.
 class Counting : public TestPlugins::PluginProbe {
 public:
     long TimesPrepared() override
     {
         return timesPrepared;
     }
+    long OthersAliveWhenPrepared() override
+    {
+        return lampsAliveWhenPrepared;
+    }
     bool PrepareForUnload() override
     {
         ++timesPrepared;
+        lampsAliveWhenPrepared = lampsAlive;
         return true;
     }
 };
 
 class PluginLamp : public Counting {
 public:
+    PluginLamp()
+    {
+        ++lampsAlive;
+    }
+    PluginLamp(const PluginLamp& other) : Counting(other)
+    {
+        ++lampsAlive;
+    }
+    ~PluginLamp() override
+    {
+        --lampsAlive;
+    }
     static Map<String, Anything> GetDescriptor()
     {
         return TestPlugins::Descriptor("PluginLamp", "$Revision: 1.3 $", "TestLight");
