@@ -267,6 +267,15 @@ void NamingService::LoadAdditionalPluginLibrary(const File& file)
         Diagnostics::String text("NamingService: ");
         text += loader->GetDLLName().GetCharPointer();
         text += " a valid plugin DLL, is loaded into memory";
+        // At exit, the static objects of a file (its creators) are destroyed
+        // among the atexit handlers, latest first. The service must go
+        // before them, since it asks the file's creators to prepare for
+        // unload: a file added after the service was made has its release
+        // registered once more, behind the file's statics. A second release
+        // finds nothing to do.
+        if (psmNamingServiceInstance == this) {
+            std::atexit(&NamingService::ReleaseInstance);
+        }
         RegisterComponents(DynamicCast<DllLoaderBase>(loader));
         return;
     }

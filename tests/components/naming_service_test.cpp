@@ -349,4 +349,17 @@ TEST(NamingServiceShutdown, LoaderFailureEndsTheWalkQuietly)
     EXPECT_EQ(twoComponentsBeforeRefuser ? 1 : 0, clock->TimesPrepared());
 }
 
+TEST(NamingServiceShutdown, FileAddedLaterGoesAfterTheServiceAtExit)
+{
+    // The service was made before this file was added, so the file's static
+    // creators are destroyed at exit before the service's first release
+    // would run. The service must still go first, asking live creators:
+    // this test passes only if the program then ends cleanly.
+    NamingService::Instance();
+    Load("two_components");
+    SmartPointer<PluginProbe> clock = Resolve<PluginProbe>(String("PluginClock"));
+    ASSERT_TRUE(clock.IsValid());
+    clock = SmartPointer<PluginProbe>();
+}
+
 } // namespace
