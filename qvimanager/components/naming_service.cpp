@@ -115,8 +115,12 @@ void NamingService::ReleaseInstance()
     if (psmNamingServiceInstance == Released()) {
         return;
     }
-    delete psmNamingServiceInstance;
+    // Marked released before it goes: whatever asks for the service while
+    // it is destroyed (a plug-in's statics as its file unloads) is told
+    // that it has gone.
+    NamingService* const service = psmNamingServiceInstance;
     psmNamingServiceInstance = Released();
+    delete service;
 }
 
 void NamingService::Resolve(const String& name, SmartPointer<Component>* out)

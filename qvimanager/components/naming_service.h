@@ -72,8 +72,9 @@ public:
     // recreate instance of NamingService" once it has been released: a
     // released service does not come back within the process.
     static NamingService* Instance();
-    // Deletes the service, if there is one, for good. A second call does
-    // nothing.
+    // Deletes the service, if there is one, for good; Instance() called
+    // while it is being deleted already counts as after the release. A
+    // second call does nothing.
     static void ReleaseInstance();
 
     // The component `name` into *out. Test hooks answer first. Otherwise
