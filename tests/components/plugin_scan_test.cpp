@@ -1,0 +1,234 @@
+// The naming service's start-up scan. Each test makes a folder of its own,
+// copies the host program into it (naming_service_host.cpp) and fills a
+// "plugins" folder beside it with the files it chooses, under the names it
+// chooses; then it runs the host and reads what it prints.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class ScanFolder {
+public:
+    ScanFolder()
+    {
+        std::string pattern = (fs::temp_directory_path() / "qvimanager-scan-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("cannot make a scratch folder");
+        }
+        root = pattern;
+        fs::copy_file(QVIMANAGER_SCAN_HOST, root / "host");
+    }
+    ~ScanFolder()
+    {
+        std::error_code ignored;
+        fs::remove_all(root, ignored);
+    }
+    ScanFolder(const ScanFolder&) = delete;
+    ScanFolder& operator=(const ScanFolder&) = delete;
+
+    fs::path Plugins()
+    {
+        fs::create_directories(root / "plugins");
+        return root / "plugins";
+    }
+    // The test plug-in `plugin` as plugins/`as`.
+    void Add(const std::string& plugin, const std::string& as)
+    {
+        fs::copy_file(PluginPath(plugin), Plugins() / as);
+    }
+    void Add(const std::string& plugin)
+    {
+        Add(plugin, plugin + ".dll");
+    }
+    static std::string PluginPath(const std::string& plugin)
+    {
+        return std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + plugin + ".dll";
+    }
+
+    // Runs the host with the commands and gives back what it printed.
+    std::vector<std::string> Run(const std::vector<std::string>& commands)
+    {
+        std::string line = "'" + (root / "host").string() + "'";
+        for (const std::string& command : commands) {
+            line += " '" + command + "'";
+        }
+        line += " 2>&1";
+        FILE* const pipe = popen(line.c_str(), "r");
+        EXPECT_NE(nullptr, pipe);
+        std::vector<std::string> output;
+        if (pipe == nullptr) {
+            return output;
+        }
+        std::array<char, 4096> buffer{};
+        while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
+            std::string text(buffer.data());
+            if (!text.empty() && text.back() == '\n') {
+                text.pop_back();
+            }
+            output.push_back(text);
+        }
+        EXPECT_EQ(0, pclose(pipe)) << "the host did not end cleanly";
+        return output;
+    }
+    std::string RunOne(const std::string& command)
+    {
+        const std::vector<std::string> output = Run({command});
+        return output.size() == 1 ? output[0] : "(" + std::to_string(output.size()) + " lines)";
+    }
+
+    fs::path root;
+};
+
+TEST(PluginScan, WithoutAPluginFolderOnlyTheLibrarysComponentsAreThere)
+{
+    ScanFolder folder;
+    EXPECT_EQ((std::vector<std::string>{"names:", "label: NamingService supports 0 components."}),
+              folder.Run({"names", "label"}));
+}
+
+TEST(PluginScan, EmptyPluginFolderRegistersNothing)
+{
+    ScanFolder folder;
+    folder.Plugins();
+    EXPECT_EQ("names:", folder.RunOne("names"));
+}
+
+TEST(PluginScan, FileNamedPluginsIsNoFolderToScan)
+{
+    ScanFolder folder;
+    std::ofstream(folder.root / "plugins") << "not a folder\n";
+    EXPECT_EQ("names:", folder.RunOne("names"));
+}
+
+TEST(PluginScan, EveryPluginIsRegisteredInTheByteOrderOfTheFileNames)
+{
+    ScanFolder folder;
+    folder.Add("two_components", "b.dll");
+    folder.Add("handmade_1", "a.dll");
+    folder.Add("same_name_first", "C.dll");
+    EXPECT_EQ("names: SharedName HandmadeGood PluginLamp PluginClock", folder.RunOne("names"));
+    EXPECT_EQ("who PluginClock: two_components: clock", folder.RunOne("who:PluginClock"));
+}
+
+TEST(PluginScan, OnlyFilesEndingInDotDllAreScanned)
+{
+    ScanFolder folder;
+    folder.Add("two_components", "two_components.so");
+    folder.Add("two_components", "two_components.DLL");
+    folder.Add("two_components", "two_components.dll.old");
+    folder.Add("same_name_first", "same_name.dll");
+    EXPECT_EQ("names: SharedName", folder.RunOne("names"));
+}
+
+TEST(PluginScan, NewerRevisionWinsWhenItComesFirst)
+{
+    ScanFolder folder;
+    folder.Add("same_name_second", "a.dll");
+    folder.Add("same_name_first", "b.dll");
+    EXPECT_EQ((std::vector<std::string>{"names: SharedName", "who SharedName: same_name_second"}),
+              folder.Run({"names", "who:SharedName"}));
+}
+
+TEST(PluginScan, NewerRevisionWinsWhenItComesSecond)
+{
+    ScanFolder folder;
+    folder.Add("same_name_first", "a.dll");
+    folder.Add("same_name_second", "b.dll");
+    EXPECT_EQ((std::vector<std::string>{"names: SharedName", "who SharedName: same_name_second"}),
+              folder.Run({"names", "who:SharedName"}));
+}
+
+TEST(PluginScan, RevisionOneTenLosesToOneNineInBothOrders)
+{
+    ScanFolder first;
+    first.Add("same_name_1_10", "a.dll");
+    first.Add("same_name_1_9", "b.dll");
+    EXPECT_EQ("who SharedName: same_name_1_9", first.RunOne("who:SharedName"));
+    ScanFolder second;
+    second.Add("same_name_1_9", "a.dll");
+    second.Add("same_name_1_10", "b.dll");
+    EXPECT_EQ("who SharedName: same_name_1_9", second.RunOne("who:SharedName"));
+}
+
+TEST(PluginScan, TieKeepsTheFileScannedFirst)
+{
+    ScanFolder first;
+    first.Add("same_name_equal", "a.dll");
+    first.Add("same_name_first", "b.dll");
+    EXPECT_EQ("who SharedName: same_name_equal", first.RunOne("who:SharedName"));
+    ScanFolder second;
+    second.Add("same_name_first", "a.dll");
+    second.Add("same_name_equal", "b.dll");
+    EXPECT_EQ("who SharedName: same_name_first", second.RunOne("who:SharedName"));
+}
+
+TEST(PluginScan, FilesThatAreNoPluginsAreSkipped)
+{
+    ScanFolder folder;
+    folder.Add("not_a_plugin", "a_text.dll");
+    folder.Add("three_entry_points", "b_three.dll");
+    fs::create_directory(folder.Plugins() / "c_folder.dll");
+    std::ofstream(folder.Plugins() / "d_empty.dll").close();
+    folder.Add("two_components", "e.dll");
+    EXPECT_EQ("names: PluginLamp PluginClock", folder.RunOne("names"));
+}
+
+TEST(PluginScan, SkippedFileIsRefusedWhenAddedDirectly)
+{
+    ScanFolder folder;
+    folder.Add("not_a_plugin", "a_text.dll");
+    const std::string path = (folder.Plugins() / "a_text.dll").string();
+    EXPECT_EQ((std::vector<std::string>{"names:", "load: NamingService: " + path + " is not a valid plugin DLL."}),
+              folder.Run({"names", "load:" + path}));
+}
+
+TEST(PluginScan, FileAddedAfterTheScanMeetsTheRevisionRule)
+{
+    ScanFolder folder;
+    folder.Add("same_name_first", "a.dll");
+    EXPECT_EQ((std::vector<std::string>{"load: ok", "who SharedName: same_name_second", "names: SharedName"}),
+              folder.Run({"load:" + ScanFolder::PluginPath("same_name_second"), "who:SharedName", "names"}));
+}
+
+TEST(PluginScan, OtherFailureOfAFileEndsTheScanThere)
+{
+    // The second file has a descriptor whose name is no text: what it
+    // registered before stays, and the third file is never scanned.
+    ScanFolder folder;
+    folder.Add("two_components", "a.dll");
+    folder.Add("handmade_2", "b.dll");
+    folder.Add("same_name_first", "c.dll");
+    EXPECT_EQ("names: PluginLamp PluginClock HandmadeBeforeBadName", folder.RunOne("names"));
+}
+
+TEST(PluginScan, PluginThatAsksForTheServiceWhileItLoadsGetsItAsRegisteredSoFar)
+{
+    // The language service is scanned first, so the plug-in that translates
+    // while it loads finds it.
+    ScanFolder folder;
+    folder.Add("language_service", "a.dll");
+    folder.Add("asks_at_load", "b.dll");
+    EXPECT_EQ("who AskedAtLoad: asks_at_load: Fehler: Verzeichnis %DIR% existiert nicht",
+              folder.RunOne("who:AskedAtLoad"));
+}
+
+TEST(PluginScan, PluginThatAsksBeforeTheLanguageServiceIsRegisteredGetsTheEnglishText)
+{
+    ScanFolder folder;
+    folder.Add("asks_at_load", "a.dll");
+    folder.Add("language_service", "b.dll");
+    EXPECT_EQ("who AskedAtLoad: asks_at_load: Error: Directory %DIR% does not exist",
+              folder.RunOne("who:AskedAtLoad"));
+}
+
+} // namespace
