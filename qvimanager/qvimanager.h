@@ -46,6 +46,7 @@
 #include "qvimanager/foundation/string.h"
 #include "qvimanager/platform/directory.h"
 #include "qvimanager/platform/file.h"
+#include "qvimanager/platform/language_service.h"
 #include "qvimanager/platform/language_service_interface.h"
 #include "qvimanager/platform/path_separators.h"
 

@@ -3,9 +3,9 @@
 
 // ArdoCMMScreen: the interface of a plug-in component, not part of this
 // library, that converts a Lab colour vector to an RGB one for a screen. The
-// RGB conversion resolves it under the name "ArdoCMMScreen" and falls back on
-// its built-in table when there is none (always, until components can be
-// registered) or when the component raises.
+// RGB conversion resolves it under the name "ArdoCMMScreen" for every
+// conversion and falls back on its built-in table when there is none or when
+// the component raises.
 //
 // ConvertLabToRGB is its first virtual operation behind those of Component.
 

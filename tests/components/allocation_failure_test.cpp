@@ -1,27 +1,37 @@
 // The factory and the naming service when memory for them cannot be had.
-// Replaces the global non-throwing operator new, so it runs on its own.
+// Replaces the global operator new (both forms), so it runs on its own.
 
 #include "qvimanager/components/component_factory.h"
 #include "qvimanager/components/naming_service.h"
+#include "qvimanager/platform/file.h"
 #include "tests/support/failure_text.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <new>
 
 namespace {
 
-// How many of the next non-throwing allocations fail.
+// How many of the next allocations fail.
 int refusals = 0;
 
 } // namespace
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+void* operator new(std::size_t size)
 {
     if (refusals > 0) {
         --refusals;
-        return nullptr;
+        throw std::bad_alloc();
     }
+    if (void* const block = std::malloc(size == 0 ? 1 : size)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
     try {
         return ::operator new(size);
     } catch (...) {
@@ -35,6 +45,7 @@ using Utilities::ComponentFactory;
 using Utilities::ExceptionComponentFactory;
 using Utilities::ExceptionNamingService;
 using Utilities::NamingService;
+using Utilities::String;
 
 TEST(ComponentFactoryAllocation, FailedAllocationThrows)
 {
@@ -60,6 +71,24 @@ TEST(NamingServiceAllocation, FailedAllocationThrowsAndMayBeRetried)
     const std::string text = TestSupport::FailureText<ExceptionNamingService>([] { NamingService::Instance(); });
     EXPECT_EQ("Can't create instance of NamingService", text);
     EXPECT_NE(nullptr, NamingService::Instance());
+}
+
+TEST(SortedDescriptorsAllocation, OtherFailureGivesTheUnexpectedErrorText)
+{
+    const std::string path = std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/two_components.dll";
+    NamingService::Instance()->LoadAdditionalPluginLibrary(*Utilities::File::NewInstance(String(path.c_str())));
+    const String filterKey("category");
+    const Utilities::Anything anyValue;
+    const String sortKey("name");
+    const std::string text = TestSupport::FailureText<ExceptionNamingService>([&] {
+        // The first allocation of the query is the first element of the
+        // result.
+        refusals = 1;
+        NamingService::Instance()->GetFilteredSortedDescriptorsList(filterKey, anyValue, sortKey,
+                                                                    NamingService::SortAsString);
+    });
+    refusals = 0;
+    EXPECT_EQ("An unexpected error occured. Error text:\n\nOut of memory. Can't insert element into list", text);
 }
 
 } // namespace
