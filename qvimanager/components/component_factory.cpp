@@ -19,6 +19,21 @@ String* loadFailure = nullptr;
 
 // The module's factory goes when the module does: at the unload of a
 // plug-in, and at the end of the process for the library and programs.
+//
+// The order around it, for the library:
+// - At load, the static objects run first, among them the creators of the
+//   library's components, which register in this factory. The naming
+//   service is not made at load: the first NamingService::Instance() makes
+//   it and registers its release with atexit.
+// - When the library's file is unloaded before the process ends, this
+//   function runs first, then the atexit handlers registered from the
+//   library (the naming service's release: its LocalLoader then meets an
+//   empty factory, and releases that one too) and the destructors of
+//   static objects.
+// - At the end of the process the runtime runs all atexit handlers and
+//   static destructors first: the naming service goes, pooled components
+//   first, while every creator still lives, and its LocalLoader releases
+//   the factory. This function then finds nothing.
 __attribute__((destructor)) void ReleaseFactoryAtUnload()
 {
     ComponentFactory::ReleaseInstance();
