@@ -67,10 +67,10 @@ public:
     // The service, made on the first call; its release is then registered
     // with atexit. A call made while the first one is still registering
     // (from a plug-in's static initialiser, as the scan loads it) gets the
-    // service as registered so far. Throws ExceptionNamingService with "Can't create
-    // instance of NamingService" if it cannot be allocated, and with "Can't
-    // recreate instance of NamingService" once it has been released: a
-    // released service does not come back within the process.
+    // service as registered so far. Throws ExceptionNamingService with
+    // "Can't create instance of NamingService" if it cannot be allocated,
+    // and with "Can't recreate instance of NamingService" once it has been
+    // released: a released service does not come back within the process.
     static NamingService* Instance();
     // Deletes the service, if there is one, for good; Instance() called
     // while it is being deleted already counts as after the release. A
