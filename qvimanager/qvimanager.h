@@ -47,5 +47,6 @@
 #include "qvimanager/platform/file.h"
 #include "qvimanager/platform/language_service_interface.h"
 #include "qvimanager/platform/path_separators.h"
+#include "qvimanager/platform/stream.h"
 
 #endif
