@@ -49,5 +49,7 @@
 #include "qvimanager/platform/language_service.h"
 #include "qvimanager/platform/language_service_interface.h"
 #include "qvimanager/platform/path_separators.h"
+#include "qvimanager/platform/stream.h"
+#include "qvimanager/platform/string_converter.h"
 
 #endif

@@ -1,7 +1,7 @@
 # The platform code of the library stays in qvimanager/platform/posix/:
 # no other file of the library includes a POSIX header or a header of that
-# folder, and the platform classes (the "_PC" classes) are named only where
-# their abstract classes' NewInstance makes them.
+# folder, and the platform classes (the "_PC" classes) are named only in
+# the files that hold their abstract classes' NewInstance.
 #
 # Expects: SOURCE_DIR (the repository root).
 cmake_minimum_required(VERSION 3.25)
@@ -10,7 +10,8 @@ cmake_minimum_required(VERSION 3.25)
 set(new_instance_files
   qvimanager/components/dll_loader.cpp
   qvimanager/platform/directory.cpp
-  qvimanager/platform/file.cpp)
+  qvimanager/platform/file.cpp
+  qvimanager/platform/string_converter.cpp)
 
 set(posix_headers "dlfcn|dirent|pthread|unistd|fcntl|fnmatch|iconv|semaphore|spawn|termios|poll|glob|pwd|grp|sys/[a-z_]+")
 
