@@ -30,6 +30,17 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// Blocks come from malloc, so they go back with free.
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     try {
