@@ -33,7 +33,7 @@ TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def medians(path):
-    """{name: entry} with times in ns; names without the parts that the
+    """{name: entry} with times in ns; names without the pieces that the
     benchmark options add (/iterations:N, /min_time:T, /repeats:N,
     /manual_time)."""
     with open(path, encoding="utf-8") as handle:
