@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 #include <locale.h>
 
 namespace Utilities {
@@ -362,19 +363,43 @@ String::operator std::string() const
 
 // ---------------------------------------------------------------- hash and search
 
-unsigned long String::GetHash(unsigned long modulus) const
+namespace {
+
+// The hash loop for one modulus type. With a constant modulus the compiler
+// replaces the division by a multiplication; the result is the same.
+template <typename Modulus>
+std::uint32_t HashBytes(const char* bytes, unsigned long length, Modulus modulus)
 {
     std::uint32_t hash = 0;
-    if (length > 0 && modulus == 0) {
-        throw ExceptionOutOfBound("String::GetHash(): modulus is 0");
-    }
     for (unsigned long i = 0; i < length; ++i) {
         // Sign-extended character; the sum wraps in 32 unsigned bits.
-        const auto character = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(data[i])));
+        const auto character = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(bytes[i])));
         const std::uint32_t sum = hash * 64U + character;
         hash = static_cast<std::uint32_t>(sum % modulus);
     }
     return hash;
+}
+
+// The bucket count of every Map.
+constexpr std::uint32_t kMapBuckets = 53;
+
+} // namespace
+
+unsigned long String::GetHash(unsigned long modulus) const
+{
+    if (length > 0 && modulus == 0) {
+        throw ExceptionOutOfBound("String::GetHash(): modulus is 0");
+    }
+    // Every Map hashes with 53 buckets: that case gets a loop of its own.
+    // A modulus of 32 bits divides a 32-bit sum exactly as a wider one
+    // does, and a modulus beyond 32 bits leaves the sum as it is.
+    if (modulus == kMapBuckets) {
+        return HashBytes(data, length, std::integral_constant<std::uint32_t, kMapBuckets>{});
+    }
+    if (modulus <= 0xFFFFFFFFUL) {
+        return HashBytes(data, length, static_cast<std::uint32_t>(modulus));
+    }
+    return HashBytes(data, length, static_cast<std::uint64_t>(modulus));
 }
 
 long String::GetPosition(char c, unsigned long start) const

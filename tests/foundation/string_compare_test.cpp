@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 using Utilities::String;
@@ -157,4 +158,35 @@ TEST(StringStamp, MidTakesAFreshStamp)
 {
     const String s("ab");
     EXPECT_TRUE(s.Mid(0, 1) != s.Mid(1, 1));
+}
+
+namespace {
+
+// The hash written out: h = (h * 64 + c) mod m, c sign-extended, h * 64 + c
+// wrapping in 32 bits, the remainder taken in 64 bits.
+unsigned long ReferenceHash(const std::string& text, unsigned long modulus)
+{
+    std::uint32_t hash = 0;
+    for (const char byte : text) {
+        const std::uint32_t sum =
+            hash * 64U + static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(byte)));
+        hash = static_cast<std::uint32_t>(static_cast<std::uint64_t>(sum) % static_cast<std::uint64_t>(modulus));
+    }
+    return hash;
+}
+
+} // namespace
+
+TEST(StringHash, EveryModulusGivesTheWrittenOutSum)
+{
+    const std::string texts[] = {"", "a", "Colorimetric.Illumination", "BenchCounter10", "\xff\x80\x7f z",
+                                 std::string(300, '\xe9'), "ColorSpaceDescription.DeltaEFormula"};
+    const unsigned long moduli[] = {1UL, 7UL, 53UL, 54UL, 65536UL, 4294967291UL, 4294967295UL, 4294967296UL,
+                                    4294967311UL, 18446744073709551615UL};
+    for (const std::string& text : texts) {
+        for (const unsigned long modulus : moduli) {
+            EXPECT_EQ(ReferenceHash(text, modulus), String(text.c_str()).GetHash(modulus))
+                << "modulus " << modulus << ", text of " << text.size() << " bytes";
+        }
+    }
 }
