@@ -7,8 +7,8 @@ the repetitions. Exits 1 when a limit is broken:
 
 - ServiceLabUnchanged above 3 x BareLabKernel (3 x 36 multiply-adds and the
   Lab formulas on plain floats, with the library's own weights);
-- ResolveComponent above 3 x LookupAndNewComponent (one lookup in a map of
-  as many names, and `new` and `delete` of the same component class);
+- ResolveComponent above 3 x LookupAndCreateComponent (one lookup in a map of
+  as many names, and the creator's making of the component in its pointer);
 - StartupScanTwentyPlugins above 20 ms: the naming service's first
   Instance() with twenty plug-in files, as the child process measured it.
 
@@ -24,7 +24,7 @@ KERNEL = "BareLabKernel"
 LAB = "ServiceLabUnchanged"
 LAB_LIMIT = 3.0
 RESOLVE = "ResolveComponent"
-RESOLVE_BASE = "LookupAndNewComponent"
+RESOLVE_BASE = "LookupAndCreateComponent"
 RESOLVE_LIMIT = 3.0
 SCAN = "StartupScanTwentyPlugins"
 SCAN_LIMIT_MS = 20.0

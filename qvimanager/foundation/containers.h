@@ -704,11 +704,12 @@ public:
     // On the key's entry; invalid if absent or the map is empty.
     MapIterator<K, V> Find(const K& key) const
     {
-        ListElement<Pair<K, V>>* entry = Lookup(key);
+        unsigned long bucket = 0;
+        ListElement<Pair<K, V>>* entry = Lookup(key, &bucket);
         if (entry == nullptr) {
             return MapIterator<K, V>();
         }
-        return MapIterator<K, V>(key.GetHash(bucketCount), ListIterator<Pair<K, V>>(entry), this);
+        return MapIterator<K, V>(bucket, ListIterator<Pair<K, V>>(entry), this);
     }
 
     // On the first entry in iteration order; invalid on an empty map.
@@ -740,12 +741,18 @@ private:
     static constexpr unsigned long kBucketCount = 53;
 
     // The entry of the key, or null.
-    ListElement<Pair<K, V>>* Lookup(const K& key) const
+    // The entry of `key`, or null; its bucket goes to *bucketOut when given
+    // (hashing once).
+    ListElement<Pair<K, V>>* Lookup(const K& key, unsigned long* bucketOut = nullptr) const
     {
         if (count == 0) {
             return nullptr;
         }
-        const List<Pair<K, V>>& chain = (*buckets)[key.GetHash(bucketCount)];
+        const unsigned long bucket = key.GetHash(bucketCount);
+        if (bucketOut != nullptr) {
+            *bucketOut = bucket;
+        }
+        const List<Pair<K, V>>& chain = (*buckets)[bucket];
         for (ListElement<Pair<K, V>>* entry = chain.head; entry != nullptr; entry = entry->GetNext()) {
             if (entry->GetElement().GetFirst() == key) {
                 return entry;

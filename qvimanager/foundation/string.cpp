@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <type_traits>
 #include <locale.h>
 
 namespace Utilities {
@@ -365,8 +364,7 @@ String::operator std::string() const
 
 namespace {
 
-// The hash loop for one modulus type. With a constant modulus the compiler
-// replaces the division by a multiplication; the result is the same.
+// The hash loop for one width of the modulus.
 template <typename Modulus>
 std::uint32_t HashBytes(const char* bytes, unsigned long length, Modulus modulus)
 {
@@ -380,9 +378,6 @@ std::uint32_t HashBytes(const char* bytes, unsigned long length, Modulus modulus
     return hash;
 }
 
-// The bucket count of every Map.
-constexpr std::uint32_t kMapBuckets = 53;
-
 } // namespace
 
 unsigned long String::GetHash(unsigned long modulus) const
@@ -390,12 +385,8 @@ unsigned long String::GetHash(unsigned long modulus) const
     if (length > 0 && modulus == 0) {
         throw ExceptionOutOfBound("String::GetHash(): modulus is 0");
     }
-    // Every Map hashes with 53 buckets: that case gets a loop of its own.
-    // A modulus of 32 bits divides a 32-bit sum exactly as a wider one
-    // does, and a modulus beyond 32 bits leaves the sum as it is.
-    if (modulus == kMapBuckets) {
-        return HashBytes(data, length, std::integral_constant<std::uint32_t, kMapBuckets>{});
-    }
+    // A modulus of 32 bits divides the 32-bit sum exactly as a wider one
+    // does, and faster; one beyond 32 bits leaves the sum as it is.
     if (modulus <= 0xFFFFFFFFUL) {
         return HashBytes(data, length, static_cast<std::uint32_t>(modulus));
     }
