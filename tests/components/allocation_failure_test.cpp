@@ -3,7 +3,7 @@
 
 #include "qvimanager/components/component_factory.h"
 #include "qvimanager/components/naming_service.h"
-#include "qvimanager/platform/file.h"
+#include "tests/components/load_test_plugin.h"
 #include "tests/support/failure_text.h"
 
 #include <gtest/gtest.h>
@@ -86,8 +86,7 @@ TEST(NamingServiceAllocation, FailedAllocationThrowsAndMayBeRetried)
 
 TEST(SortedDescriptorsAllocation, OtherFailureGivesTheUnexpectedErrorText)
 {
-    const std::string path = std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/two_components.dll";
-    NamingService::Instance()->LoadAdditionalPluginLibrary(*Utilities::File::NewInstance(String(path.c_str())));
+    TestPlugins::LoadTestPlugin("two_components");
     const String filterKey("category");
     const Utilities::Anything anyValue;
     const String sortKey("name");

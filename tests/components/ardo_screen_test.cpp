@@ -5,7 +5,7 @@
 #include "qvimanager/cmetry/color_vector.h"
 #include "qvimanager/cmetry/measure_conditions.h"
 #include "qvimanager/components/naming_service.h"
-#include "qvimanager/platform/file.h"
+#include "tests/components/load_test_plugin.h"
 
 #include <gtest/gtest.h>
 
@@ -16,15 +16,7 @@ namespace {
 using CMetry::CMetryCalculator;
 using CMetry::QVColorVector;
 using CMetry::QVMeasureConditions;
-using Utilities::File;
-using Utilities::NamingService;
 using Utilities::String;
-
-void Load(const char* plugin)
-{
-    const std::string path = std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + plugin + ".dll";
-    NamingService::Instance()->LoadAdditionalPluginLibrary(*File::NewInstance(String(path.c_str())));
-}
 
 QVColorVector Lab()
 {
@@ -49,7 +41,7 @@ std::string Space(const QVColorVector& vector)
 TEST(ArdoCMMScreen, InstalledScreenAnswers)
 {
     const QVColorVector table = ToRGB(Lab());
-    Load("ardo_screen_fixed");
+    TestPlugins::LoadTestPlugin("ardo_screen_fixed");
     const QVColorVector rgb = ToRGB(Lab());
     EXPECT_EQ(12.0f, rgb[0]);
     EXPECT_EQ(34.0f, rgb[1]);
@@ -66,7 +58,7 @@ TEST(ArdoCMMScreen, InstalledScreenAnswers)
 TEST(ArdoCMMScreen, ScreenThatThrowsLeavesTheTableToAnswer)
 {
     const QVColorVector table = ToRGB(Lab());
-    Load("ardo_screen_throwing");
+    TestPlugins::LoadTestPlugin("ardo_screen_throwing");
     const QVColorVector rgb = ToRGB(Lab());
     for (short axis = 0; axis < 3; ++axis) {
         EXPECT_EQ(table[axis], rgb[axis]);

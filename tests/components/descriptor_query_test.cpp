@@ -4,7 +4,7 @@
 
 #include "qvimanager/components/naming_service.h"
 #include "qvimanager/foundation/exception.h"
-#include "qvimanager/platform/file.h"
+#include "tests/components/load_test_plugin.h"
 #include "tests/plugins/plugin_probe.h"
 #include "tests/support/failure_text.h"
 
@@ -20,7 +20,6 @@ using TestSupport::FailureText;
 using Utilities::Anything;
 using Utilities::ExceptionNamingService;
 using Utilities::ExceptionOutOfBound;
-using Utilities::File;
 using Utilities::List;
 using Utilities::Map;
 using Utilities::NamingService;
@@ -34,12 +33,9 @@ using Descriptors = List<Map<String, Anything>>;
 // (two_components).
 NamingService* Service()
 {
-    NamingService* const service = NamingService::Instance();
-    for (const char* plugin : {"descriptor_kinds", "two_components"}) {
-        const std::string path = std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + plugin + ".dll";
-        service->LoadAdditionalPluginLibrary(*File::NewInstance(String(path.c_str())));
-    }
-    return service;
+    TestPlugins::LoadTestPlugin("descriptor_kinds");
+    TestPlugins::LoadTestPlugin("two_components");
+    return NamingService::Instance();
 }
 
 std::string NameOf(NamingServiceIterator& iterator)

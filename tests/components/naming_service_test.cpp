@@ -6,7 +6,7 @@
 #include "qvimanager/components/naming_service.h"
 #include "qvimanager/components/resolve.h"
 #include "qvimanager/foundation/exception.h"
-#include "qvimanager/platform/file.h"
+#include "tests/components/load_test_plugin.h"
 #include "tests/plugins/plugin_probe.h"
 #include "tests/support/failure_text.h"
 
@@ -25,7 +25,6 @@ using Utilities::DynamicCast;
 using Utilities::ExceptionNamingService;
 using Utilities::ExceptionResourceNotAvailable;
 using Utilities::ExceptionWrongType;
-using Utilities::File;
 using Utilities::Map;
 using Utilities::MapIterator;
 using Utilities::NamingService;
@@ -34,14 +33,11 @@ using Utilities::Resolve;
 using Utilities::SmartPointer;
 using Utilities::String;
 
-std::string PluginPath(const std::string& name)
-{
-    return std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + name + ".dll";
-}
+using TestPlugins::PluginPath;
 
 void Load(const std::string& plugin)
 {
-    NamingService::Instance()->LoadAdditionalPluginLibrary(*File::NewInstance(String(PluginPath(plugin).c_str())));
+    TestPlugins::LoadTestPlugin(plugin);
 }
 
 // The names of the registered components, in the order of the descriptors.

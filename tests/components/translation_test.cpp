@@ -11,7 +11,7 @@
 #include "qvimanager/platform/directory.h"
 #include "qvimanager/platform/file.h"
 #include "qvimanager/platform/language_service_interface.h"
-#include "tests/plugins/plugin_probe.h"
+#include "tests/components/load_test_plugin.h"
 #include "tests/support/failure_text.h"
 
 #include <gtest/gtest.h>
@@ -31,20 +31,15 @@ using Utilities::ExceptionNamingService;
 using Utilities::ExceptionNullpointer;
 using Utilities::ExceptionOutOfBound;
 using Utilities::ExceptionResourceNotAvailable;
-using Utilities::File;
 using Utilities::LanguageServiceInterface;
 using Utilities::NamingService;
 using Utilities::String;
 
-void Load(const char* plugin)
-{
-    const std::string path = std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + plugin + ".dll";
-    NamingService::Instance()->LoadAdditionalPluginLibrary(*File::NewInstance(String(path.c_str())));
-}
+using TestPlugins::LoadTestPlugin;
 
 void InstallService()
 {
-    Load("language_service");
+    LoadTestPlugin("language_service");
 }
 
 std::string Translation(const char* text)
@@ -174,7 +169,7 @@ TEST(LanguageServiceTranslation, DirectoryMessageIsTranslated)
 TEST(LanguageServiceTranslation, DescriptorQueryMessagesAreTranslated)
 {
     InstallService();
-    Load("descriptor_kinds");
+    LoadTestPlugin("descriptor_kinds");
     NamingService* const service = NamingService::Instance();
     EXPECT_EQ("Der Sortierschluessel fehlt in einer Komponente des Filters.",
               FailureText<ExceptionNamingService>([&] {

@@ -5,6 +5,7 @@
 #include "qvimanager/cmetry/ardo_cmm_screen.h"
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/foundation/exception.h"
+#include "tests/plugins/plugin_probe.h"
 
 namespace {
 
@@ -16,11 +17,7 @@ class FixedScreen : public CMetry::ArdoCMMScreen {
 public:
     static Map<String, Anything> GetDescriptor()
     {
-        Map<String, Anything> descriptor;
-        descriptor[String("name")] = Anything("ArdoCMMScreen");
-        descriptor[String("version")] = Anything("$Revision: 1.0 $");
-        descriptor[String("category")] = Anything("ColorManagement");
-        return descriptor;
+        return TestPlugins::Descriptor("ArdoCMMScreen", "$Revision: 1.0 $", "ColorManagement");
     }
     CMetry::QVColorVector ConvertLabToRGB([[maybe_unused]] const CMetry::QVColorVector& lab) override
     {

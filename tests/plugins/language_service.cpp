@@ -9,6 +9,7 @@
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/platform/language_service.h"
+#include "tests/plugins/plugin_probe.h"
 
 #include <cstring>
 
@@ -38,11 +39,7 @@ class TestLanguageService : public Utilities::LanguageService {
 public:
     static Map<String, Anything> GetDescriptor()
     {
-        Map<String, Anything> descriptor;
-        descriptor[String("name")] = Anything("LanguageService");
-        descriptor[String("version")] = Anything("$Revision: 1.0 $");
-        descriptor[String("category")] = Anything("Language");
-        return descriptor;
+        return TestPlugins::Descriptor("LanguageService", "$Revision: 1.0 $", "Language");
     }
 
     String GetTranslation(const String& text) override
