@@ -118,9 +118,7 @@ Diagnostics::String LanguageServiceInterface::GetValueString() const
 
 LanguageService& LanguageServiceInterface::Service() const
 {
-    if (!service.IsValid()) {
-        throw ExceptionNullpointer(String("Failed to access to nullpointer."));
-    }
+    // The pointer's own check throws the text.
     return *service.operator->();
 }
 

@@ -133,6 +133,15 @@ TEST(NamingServiceLoad, NameThatIsNoTextThrowsAndKeepsWhatCameBefore)
     EXPECT_EQ(std::vector<std::string>{"HandmadeBeforeBadName"}, Names());
 }
 
+TEST(NamingServiceLoad, VersionThatIsNoTextThrowsAndKeepsTheComponent)
+{
+    // Read only when the name is registered already.
+    Load("handmade_1");
+    EXPECT_EQ("", FailureText<ExceptionWrongType>([] { Load("handmade_3"); }));
+    EXPECT_EQ(std::vector<std::string>{"HandmadeGood"}, Names());
+    EXPECT_EQ("$Revision: 1.0 $", Version("HandmadeGood"));
+}
+
 TEST(NamingServiceLoad, SameFileTwiceChangesNothing)
 {
     Load("two_components");

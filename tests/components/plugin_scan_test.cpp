@@ -3,6 +3,8 @@
 // "plugins" folder beside it with the files it chooses, under the names it
 // chooses; then it runs the host and reads what it prints.
 
+#include "tests/components/load_test_plugin.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -44,15 +46,11 @@ public:
     // The test plug-in `plugin` as plugins/`as`.
     void Add(const std::string& plugin, const std::string& as)
     {
-        fs::copy_file(PluginPath(plugin), Plugins() / as);
+        fs::copy_file(TestPlugins::PluginPath(plugin), Plugins() / as);
     }
     void Add(const std::string& plugin)
     {
         Add(plugin, plugin + ".dll");
-    }
-    static std::string PluginPath(const std::string& plugin)
-    {
-        return std::string(QVIMANAGER_TEST_PLUGIN_DIR) + "/" + plugin + ".dll";
     }
 
     // Runs the host with the commands and gives back what it printed.
@@ -197,7 +195,7 @@ TEST(PluginScan, FileAddedAfterTheScanMeetsTheRevisionRule)
     ScanFolder folder;
     folder.Add("same_name_first", "a.dll");
     EXPECT_EQ((std::vector<std::string>{"load: ok", "who SharedName: same_name_second", "names: SharedName"}),
-              folder.Run({"load:" + ScanFolder::PluginPath("same_name_second"), "who:SharedName", "names"}));
+              folder.Run({"load:" + TestPlugins::PluginPath("same_name_second"), "who:SharedName", "names"}));
 }
 
 TEST(PluginScan, OtherFailureOfAFileEndsTheScanThere)

@@ -3,7 +3,8 @@
 // the list:
 //   1: a descriptor without "name", then "HandmadeGood";
 //   2: "HandmadeBeforeBadName", a descriptor whose "name" is a long, then
-//      "HandmadeAfterBadName".
+//      "HandmadeAfterBadName";
+//   3: "HandmadeGood" again (as in 1), with a "version" that is a long.
 // No component can be resolved: PluginResolve leaves the target alone.
 
 #include "qvimanager/components/component.h"
@@ -19,13 +20,13 @@ using Utilities::List;
 using Utilities::Map;
 using Utilities::String;
 
-Map<String, Anything> Descriptor(const Anything& name)
+Map<String, Anything> Descriptor(const Anything& name, const Anything& version = Anything("$Revision: 1.0 $"))
 {
     Map<String, Anything> descriptor;
     if (name.IsValid()) {
         descriptor[String("name")] = name;
     }
-    descriptor[String("version")] = Anything("$Revision: 1.0 $");
+    descriptor[String("version")] = version;
     descriptor[String("category")] = Anything("TestHandmade");
     return descriptor;
 }
@@ -40,8 +41,10 @@ List<Map<String, Anything>> MakeDescriptors()
     list.Append(Descriptor(Anything("HandmadeBeforeBadName")));
     list.Append(Descriptor(Anything(42L)));
     list.Append(Descriptor(Anything("HandmadeAfterBadName")));
+#elif HANDMADE_VARIANT == 3
+    list.Append(Descriptor(Anything("HandmadeGood"), Anything(2L)));
 #else
-#error "HANDMADE_VARIANT must be 1 or 2"
+#error "HANDMADE_VARIANT must be 1, 2 or 3"
 #endif
     return list;
 }
