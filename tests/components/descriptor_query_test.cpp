@@ -7,6 +7,7 @@
 #include "tests/components/load_test_plugin.h"
 #include "tests/plugins/plugin_probe.h"
 #include "tests/support/failure_text.h"
+#include "tests/support/library_components.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ using Utilities::String;
 
 using Descriptors = List<Map<String, Anything>>;
 
-// Registers, in this order: SortAlpha, SortBeta, SortGamma, SortDelta,
+// Registers, in this order, behind the library's own components: SortAlpha, SortBeta, SortGamma, SortDelta,
 // LooksNumeric, Unranked (descriptor_kinds), PluginLamp, PluginClock
 // (two_components).
 NamingService* Service()
@@ -58,8 +59,8 @@ std::vector<std::string> Names(const Descriptors& descriptors)
     return DescriptorValues(descriptors, "name");
 }
 
-const std::vector<std::string> kAll = {"SortAlpha", "SortBeta", "SortGamma", "SortDelta",
-                                       "LooksNumeric", "Unranked", "PluginLamp", "PluginClock"};
+const std::vector<std::string> kAll = TestSupport::LibraryComponentsAnd(
+    {"SortAlpha", "SortBeta", "SortGamma", "SortDelta", "LooksNumeric", "Unranked", "PluginLamp", "PluginClock"});
 const std::vector<std::string> kTestSort = {"SortAlpha", "SortBeta", "SortGamma", "SortDelta"};
 
 // ---------------------------------------------------------------- the iterator
@@ -107,7 +108,19 @@ TEST(NamingServiceIterator, MissingKeyOrValueFindsNothing)
 {
     NamingService* const service = Service();
     EXPECT_FALSE(service->GetNamingServiceIterator(String("colour"), Anything()).IsValid());
-    EXPECT_FALSE(service->GetNamingServiceIterator(String("category"), Anything("Multithreading")).IsValid());
+    EXPECT_FALSE(service->GetNamingServiceIterator(String("category"), Anything("NoSuchCategory")).IsValid());
+}
+
+TEST(NamingServiceIterator, CategoryMultithreadingFindsTheLibrarysThreadAndMutexImplementations)
+{
+    NamingService* const service = Service();
+    EXPECT_EQ((std::vector<std::string>{"MutexImplementation", "ThreadImplementation"}),
+              WalkForwards(service->GetNamingServiceIterator(String("category"), Anything("Multithreading"))));
+    // Sorted by revision: the thread's "$Revision: 1.4 $" before the
+    // mutex's "$Revision: 1.5 $".
+    EXPECT_EQ((std::vector<std::string>{"ThreadImplementation", "MutexImplementation"}),
+              Names(service->GetFilteredSortedDescriptorsList(String("category"), Anything("Multithreading"),
+                                                              String("version"), NamingService::SortAsString)));
 }
 
 TEST(NamingServiceIterator, StepPastTheLastMatchIsInvalidAndASecondStepThrows)
@@ -244,7 +257,7 @@ TEST(SortedDescriptors, ResultHoldsCopies)
 TEST(SortedDescriptors, NoMatchGivesAnEmptyListWhateverTheSortKey)
 {
     const Descriptors sorted = Service()->GetFilteredSortedDescriptorsList(
-        String("category"), Anything("Multithreading"), String("no such key"), NamingService::SortAsLong);
+        String("category"), Anything("NoSuchCategory"), String("no such key"), NamingService::SortAsLong);
     EXPECT_EQ(0UL, sorted.GetItemCount());
 }
 

@@ -4,6 +4,7 @@
 // chooses; then it runs the host and reads what it prints.
 
 #include "tests/components/load_test_plugin.h"
+#include "tests/support/library_components.h"
 
 #include <gtest/gtest.h>
 
@@ -87,10 +88,18 @@ public:
     fs::path root;
 };
 
+// The host's "names" line: the library's own components, then `plugins`.
+std::string NamesLine(const std::string& plugins = "")
+{
+    return "names:" + TestSupport::LibraryComponentNames() + (plugins.empty() ? "" : " " + plugins);
+}
+
 TEST(PluginScan, WithoutAPluginFolderOnlyTheLibrarysComponentsAreThere)
 {
     ScanFolder folder;
-    EXPECT_EQ((std::vector<std::string>{"names:", "label: NamingService supports 0 components."}),
+    const std::string label =
+        "label: NamingService supports " + std::to_string(TestSupport::LibraryComponents().size()) + " components.";
+    EXPECT_EQ((std::vector<std::string>{NamesLine(), label}),
               folder.Run({"names", "label"}));
 }
 
@@ -98,14 +107,14 @@ TEST(PluginScan, EmptyPluginFolderRegistersNothing)
 {
     ScanFolder folder;
     folder.Plugins();
-    EXPECT_EQ("names:", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine(), folder.RunOne("names"));
 }
 
 TEST(PluginScan, FileNamedPluginsIsNoFolderToScan)
 {
     ScanFolder folder;
     std::ofstream(folder.root / "plugins") << "not a folder\n";
-    EXPECT_EQ("names:", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine(), folder.RunOne("names"));
 }
 
 TEST(PluginScan, EveryPluginIsRegisteredInTheByteOrderOfTheFileNames)
@@ -114,7 +123,7 @@ TEST(PluginScan, EveryPluginIsRegisteredInTheByteOrderOfTheFileNames)
     folder.Add("two_components", "b.dll");
     folder.Add("handmade_1", "a.dll");
     folder.Add("same_name_first", "C.dll");
-    EXPECT_EQ("names: SharedName HandmadeGood PluginLamp PluginClock", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine("SharedName HandmadeGood PluginLamp PluginClock"), folder.RunOne("names"));
     EXPECT_EQ("who PluginClock: two_components: clock", folder.RunOne("who:PluginClock"));
 }
 
@@ -125,7 +134,7 @@ TEST(PluginScan, OnlyFilesEndingInDotDllAreScanned)
     folder.Add("two_components", "two_components.DLL");
     folder.Add("two_components", "two_components.dll.old");
     folder.Add("same_name_first", "same_name.dll");
-    EXPECT_EQ("names: SharedName", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine("SharedName"), folder.RunOne("names"));
 }
 
 TEST(PluginScan, NewerRevisionWinsWhenItComesFirst)
@@ -133,7 +142,7 @@ TEST(PluginScan, NewerRevisionWinsWhenItComesFirst)
     ScanFolder folder;
     folder.Add("same_name_second", "a.dll");
     folder.Add("same_name_first", "b.dll");
-    EXPECT_EQ((std::vector<std::string>{"names: SharedName", "who SharedName: same_name_second"}),
+    EXPECT_EQ((std::vector<std::string>{NamesLine("SharedName"), "who SharedName: same_name_second"}),
               folder.Run({"names", "who:SharedName"}));
 }
 
@@ -142,7 +151,7 @@ TEST(PluginScan, NewerRevisionWinsWhenItComesSecond)
     ScanFolder folder;
     folder.Add("same_name_first", "a.dll");
     folder.Add("same_name_second", "b.dll");
-    EXPECT_EQ((std::vector<std::string>{"names: SharedName", "who SharedName: same_name_second"}),
+    EXPECT_EQ((std::vector<std::string>{NamesLine("SharedName"), "who SharedName: same_name_second"}),
               folder.Run({"names", "who:SharedName"}));
 }
 
@@ -178,7 +187,7 @@ TEST(PluginScan, FilesThatAreNoPluginsAreSkipped)
     fs::create_directory(folder.Plugins() / "c_folder.dll");
     std::ofstream(folder.Plugins() / "d_empty.dll").close();
     folder.Add("two_components", "e.dll");
-    EXPECT_EQ("names: PluginLamp PluginClock", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine("PluginLamp PluginClock"), folder.RunOne("names"));
 }
 
 TEST(PluginScan, SkippedFileIsRefusedWhenAddedDirectly)
@@ -186,7 +195,7 @@ TEST(PluginScan, SkippedFileIsRefusedWhenAddedDirectly)
     ScanFolder folder;
     folder.Add("not_a_plugin", "a_text.dll");
     const std::string path = (folder.Plugins() / "a_text.dll").string();
-    EXPECT_EQ((std::vector<std::string>{"names:", "load: NamingService: " + path + " is not a valid plugin DLL."}),
+    EXPECT_EQ((std::vector<std::string>{NamesLine(), "load: NamingService: " + path + " is not a valid plugin DLL."}),
               folder.Run({"names", "load:" + path}));
 }
 
@@ -194,7 +203,7 @@ TEST(PluginScan, FileAddedAfterTheScanMeetsTheRevisionRule)
 {
     ScanFolder folder;
     folder.Add("same_name_first", "a.dll");
-    EXPECT_EQ((std::vector<std::string>{"load: ok", "who SharedName: same_name_second", "names: SharedName"}),
+    EXPECT_EQ((std::vector<std::string>{"load: ok", "who SharedName: same_name_second", NamesLine("SharedName")}),
               folder.Run({"load:" + TestPlugins::PluginPath("same_name_second"), "who:SharedName", "names"}));
 }
 
@@ -206,7 +215,7 @@ TEST(PluginScan, OtherFailureOfAFileEndsTheScanThere)
     folder.Add("two_components", "a.dll");
     folder.Add("handmade_2", "b.dll");
     folder.Add("same_name_first", "c.dll");
-    EXPECT_EQ("names: PluginLamp PluginClock HandmadeBeforeBadName", folder.RunOne("names"));
+    EXPECT_EQ(NamesLine("PluginLamp PluginClock HandmadeBeforeBadName"), folder.RunOne("names"));
 }
 
 TEST(PluginScan, PluginThatAsksForTheServiceWhileItLoadsGetsItAsRegisteredSoFar)
