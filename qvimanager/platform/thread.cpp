@@ -15,7 +15,11 @@ Thread::Thread() : terminate(false), implementation()
 Thread::~Thread()
 {
     if (implementation.IsValid()) {
-        KillThread(1000);
+        try {
+            KillThread(1000);
+        } catch (...) {
+            // A destructor cannot pass it on.
+        }
     }
 }
 

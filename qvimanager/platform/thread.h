@@ -74,7 +74,8 @@ public:
     // exit code is then -1.
     virtual long Run() = 0;
     // Behind the three slots. If a worker was started and not killed:
-    // KillThread(1000).
+    // KillThread(1000); what an implementation's KillThread throws is
+    // swallowed here.
     virtual ~Thread();
 
     // Resolves "ThreadImplementation", replacing any implementation held

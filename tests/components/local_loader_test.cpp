@@ -67,7 +67,8 @@ TEST(LocalLoader, IsNoPluginFileAndCannotBeAskedToUnload)
 TEST(LocalLoader, OffersTheLibrarysComponents)
 {
     LocalLoader loader;
-    EXPECT_EQ(TestSupport::LibraryComponents(), TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "name"));
+    EXPECT_EQ(TestSupport::LibraryComponents(),
+              TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "name"));
     EXPECT_EQ((std::vector<std::string>{"$Revision: 1.5 $", "$Revision: 1.4 $"}),
               TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "version"));
     EXPECT_EQ((std::vector<std::string>{"Multithreading", "Multithreading"}),

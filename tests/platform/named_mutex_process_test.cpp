@@ -60,11 +60,23 @@ public:
         EXPECT_EQ("ready", Read());
     }
 
+    // Lets a holder that still runs end normally, so that it closes its
+    // mutex (the last process to close a name removes it); kills it if it
+    // does not.
     ~Holder()
     {
         if (process > 0) {
-            kill(process, SIGKILL);
-            Wait();
+            Send("exit");
+            const ThreadTests::Clock::time_point end = ThreadTests::Clock::now() + ThreadTests::kPatience;
+            int status = 0;
+            pid_t ended = 0;
+            while ((ended = waitpid(process, &status, WNOHANG)) == 0 && ThreadTests::Clock::now() < end) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            if (ended == 0) {
+                kill(process, SIGKILL);
+                Wait();
+            }
         }
         close(toHolder);
         close(fromHolder);

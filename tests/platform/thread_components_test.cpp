@@ -202,4 +202,25 @@ TEST(ThreadComponents, WhatTheThreadImplementationThrowsPassesThroughStart)
                  thread.GetValueString().c_str());
 }
 
+TEST(ThreadComponents, WhatTheKillThrowsPassesThroughKillButNotTheDestructor)
+{
+    LoadTestPlugin("thread_scripted_newer");
+    {
+        Noting thread;
+        thread.StartThread();
+        ASSERT_TRUE(thread.ran.load());
+        EXPECT_EQ("kill refused by the plug-in",
+                  FailureText<ExceptionMultithreading>([&] { thread.KillThread(1000); }));
+        // The flag is set, and the implementation kept for another try.
+        EXPECT_STREQ("(anonymous namespace)::Noting: started (thread_scripted: inline)",
+                     thread.GetValueString().c_str());
+        // ~Noting kills with 0 and succeeds.
+    }
+    {
+        // ~Thread kills with 1000: refused, and swallowed.
+        RefusedThread thread;
+        EXPECT_THROW(thread.StartThread(), ExceptionMultithreading);
+    }
+}
+
 } // namespace

@@ -3,7 +3,9 @@
 // test can tell them from the library's:
 // - its thread implementation runs Run at once on the calling thread, and
 //   refuses (throws ExceptionMultithreading "refused by the plug-in") a
-//   thread of a class named "...RefusedThread";
+//   thread of a class named "...RefusedThread", and refuses to kill
+//   (throws ExceptionMultithreading "kill refused by the plug-in") with a
+//   wait of exactly 1000 ms, the wait of ~Thread;
 // - its mutex implementation does what the mutex's name says: "refuse"
 //   never locks, "throw" throws ExceptionMultithreading from Lock and
 //   Unlock, "throw-other" throws an int from both, "throw-init" refuses to
@@ -34,7 +36,12 @@ public:
     {
         return Diagnostics::String("thread_scripted: inline");
     }
-    void KillThread(unsigned long) const override {}
+    void KillThread(unsigned long milliseconds) const override
+    {
+        if (milliseconds == 1000) {
+            throw Utilities::ExceptionMultithreading(String("kill refused by the plug-in"));
+        }
+    }
     void StartThread(Utilities::Thread* thread) override
     {
         if (std::string(thread->GetValueString().c_str()).find("RefusedThread: ") != std::string::npos) {

@@ -3,6 +3,10 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/string.h"
 
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -10,6 +14,8 @@
 #include <cstdint>
 #include <cstring>
 #include <ctime>
+#include <map>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -21,29 +27,27 @@
 
 namespace Utilities {
 
+namespace {
+
 // The shared object of a named mutex. `ready` holds ReadyMark once the
 // mutex has been initialised; a creator that died before that leaves it
 // for the next opener to initialise.
-struct CMutex::Shared {
+struct SharedBlock {
     std::uint32_t ready;
     pthread_mutex_t mutex;
 };
-
-struct CMutex::Holding {
-    std::atomic<std::thread::id> owner;
-    long depth = 0;
-};
-
-namespace {
 
 const std::uint32_t ReadyMark = 0x51564D31u; // "QVM1"
 const std::size_t LongestObjectName = 230;
 
 // The byte ranges of the shared object's lock file: the gate is held
-// exclusively while a CMutex opens or closes the object, the user byte
-// shared for as long as a CMutex has it open.
+// exclusively while a process opens or closes the object, the user byte
+// shared for as long as a process has it open.
 const off_t GateByte = 0;
 const off_t UserByte = 1;
+
+// The owner's thread id in the lock word of a robust mutex.
+const unsigned int OwnerMask = 0x3FFFFFFFu;
 
 thread_local unsigned long lastError = 0;
 
@@ -98,6 +102,13 @@ int InitialiseMutex(pthread_mutex_t* mutex, bool shared)
     return result;
 }
 
+// Whether the calling thread owns `mutex`.
+bool OwnedByCaller(pthread_mutex_t* mutex)
+{
+    const unsigned int word = static_cast<unsigned int>(__atomic_load_n(&mutex->__data.__lock, __ATOMIC_RELAXED));
+    return (word & OwnerMask) == static_cast<unsigned int>(gettid());
+}
+
 // "/qvimanager-mutex-" and the name, bytes outside [A-Za-z0-9._-] as %XX.
 std::string ObjectName(const char* name)
 {
@@ -117,12 +128,19 @@ std::string ObjectName(const char* name)
     return object;
 }
 
-// Waits for `mutex` up to `timeout` ms (negative: for ever). The waits are
-// measured on the monotonic clock; the platform's timed wait counts on the
-// wall clock, so it is asked in slices, and a step of the wall clock costs
-// at most one slice.
+// Waits for `mutex` up to `timeout` ms (negative: for ever) after a first
+// try. The waits are measured on the monotonic clock; the platform's timed
+// wait counts on the wall clock, so it is asked in slices, and a step of
+// the wall clock costs at most one slice.
 int WaitFor(pthread_mutex_t* mutex, long timeout)
 {
+    const int tried = pthread_mutex_trylock(mutex);
+    if (tried != EBUSY) {
+        return tried;
+    }
+    if (timeout == 0) {
+        return ETIMEDOUT;
+    }
     if (timeout < 0) {
         return pthread_mutex_lock(mutex);
     }
@@ -140,6 +158,13 @@ int WaitFor(pthread_mutex_t* mutex, long timeout)
         until.tv_sec += static_cast<time_t>(nanoseconds / 1000000000LL);
         until.tv_nsec = static_cast<long>(nanoseconds % 1000000000LL);
         const int result = pthread_mutex_timedlock(mutex, &until);
+#if defined(__SANITIZE_THREAD__)
+        // The thread sanitizer does not count a timed lock of an abandoned
+        // mutex as a lock: tell it.
+        if (result == EOWNERDEAD) {
+            __tsan_mutex_post_lock(mutex, 0, 0);
+        }
+#endif
         if (result != ETIMEDOUT || Clock::now() >= deadline) {
             return result;
         }
@@ -148,35 +173,40 @@ int WaitFor(pthread_mutex_t* mutex, long timeout)
 
 } // namespace
 
-CMutex::CMutex(const char* name)
-    : mutex(nullptr), descriptor(-1), shared(nullptr), objectName(nullptr), holding(nullptr)
+// The shared object of one name, as this process has it open.
+struct CMutex::Named {
+    std::string objectName;
+    int descriptor = -1;
+    SharedBlock* block = nullptr;
+    // The CMutex objects of this process that use it.
+    long users = 0;
+};
+
+struct CMutex::Holding {
+    std::atomic<std::thread::id> owner;
+    long depth = 0;
+};
+
+namespace {
+
+// The names this process has open. Never destroyed: a CMutex may outlive
+// the static objects of the library.
+std::mutex& RegistryGuard()
 {
-    holding = new Holding();
-    if (name == nullptr || *name == '\0') {
-        pthread_mutex_t* own = new pthread_mutex_t;
-        const int result = InitialiseMutex(own, false);
-        if (result != 0) {
-            delete own;
-            delete holding;
-            Refuse("", std::strerror(result));
-        }
-        mutex = own;
-        return;
-    }
-    try {
-        OpenNamed(name);
-    } catch (...) {
-        delete holding;
-        throw;
-    }
+    static std::mutex* guard = new std::mutex();
+    return *guard;
 }
 
-void CMutex::OpenNamed(const char* name)
+std::map<std::string, void*>& Registry()
 {
-    const std::string object = ObjectName(name);
-    if (object.size() > LongestObjectName) {
-        Refuse(name, "name too long");
-    }
+    static std::map<std::string, void*>* registry = new std::map<std::string, void*>();
+    return *registry;
+}
+
+// Opens the shared object `object`, made and initialised if need be.
+// Throws the refusal for `name`.
+void OpenShared(const char* name, const std::string& object, int& descriptor, SharedBlock*& block)
+{
     for (;;) {
         const int opened = shm_open(object.c_str(), O_RDWR | O_CREAT, 0600);
         if (opened < 0) {
@@ -199,67 +229,117 @@ void CMutex::OpenNamed(const char* name)
             close(opened);
             continue;
         }
-        if (static_cast<std::size_t>(status.st_size) < sizeof(Shared) && ftruncate(opened, sizeof(Shared)) != 0) {
+        if (static_cast<std::size_t>(status.st_size) < sizeof(SharedBlock) &&
+            ftruncate(opened, sizeof(SharedBlock)) != 0) {
             const int error = errno;
             close(opened);
             Refuse(name, std::strerror(error));
         }
-        void* mapped = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED, opened, 0);
+        void* mapped = mmap(nullptr, sizeof(SharedBlock), PROT_READ | PROT_WRITE, MAP_SHARED, opened, 0);
         if (mapped == MAP_FAILED) {
             const int error = errno;
             close(opened);
             Refuse(name, std::strerror(error));
         }
-        Shared* block = static_cast<Shared*>(mapped);
-        if (__atomic_load_n(&block->ready, __ATOMIC_ACQUIRE) != ReadyMark) {
-            const int result = InitialiseMutex(&block->mutex, true);
+        SharedBlock* const shared = static_cast<SharedBlock*>(mapped);
+        if (__atomic_load_n(&shared->ready, __ATOMIC_ACQUIRE) != ReadyMark) {
+            const int result = InitialiseMutex(&shared->mutex, true);
             if (result != 0) {
-                munmap(mapped, sizeof(Shared));
+                munmap(mapped, sizeof(SharedBlock));
                 close(opened);
                 Refuse(name, std::strerror(result));
             }
-            __atomic_store_n(&block->ready, ReadyMark, __ATOMIC_RELEASE);
+            __atomic_store_n(&shared->ready, ReadyMark, __ATOMIC_RELEASE);
         }
         // Nobody holds the user byte exclusively without the gate, which is
-        // this one's now: the shared lock is granted at once.
+        // this process's now: the shared lock is granted at once.
         LockByte(opened, F_RDLCK, UserByte, false);
         LockByte(opened, F_UNLCK, GateByte, false);
         descriptor = opened;
-        shared = block;
-        mutex = &block->mutex;
-        objectName = new char[object.size() + 1];
-        std::memcpy(objectName, object.c_str(), object.size() + 1);
+        block = shared;
         return;
     }
 }
 
-void CMutex::CloseNamed()
+// Closes the shared object, and removes its name if no other process has
+// it open.
+void CloseShared(const std::string& object, int descriptor, SharedBlock* block)
 {
     LockByte(descriptor, F_WRLCK, GateByte, true);
-    // The user byte alone means no other CMutex has the object open, in any
-    // process: remove the name with it.
     if (LockByte(descriptor, F_WRLCK, UserByte, false)) {
-        shm_unlink(objectName);
+        shm_unlink(object.c_str());
     }
-    munmap(shared, sizeof(Shared));
+    munmap(block, sizeof(SharedBlock));
     close(descriptor);
-    delete[] objectName;
+}
+
+} // namespace
+
+CMutex::CMutex(const char* name) : mutex(nullptr), named(nullptr), holding(nullptr)
+{
+    holding = new Holding();
+    if (name == nullptr || *name == '\0') {
+        pthread_mutex_t* own = new pthread_mutex_t;
+        const int result = InitialiseMutex(own, false);
+        if (result != 0) {
+            delete own;
+            delete holding;
+            Refuse("", std::strerror(result));
+        }
+        mutex = own;
+        return;
+    }
+    const std::string object = ObjectName(name);
+    if (object.size() > LongestObjectName) {
+        delete holding;
+        Refuse(name, "name too long");
+    }
+    const std::lock_guard<std::mutex> hold(RegistryGuard());
+    std::map<std::string, void*>& registry = Registry();
+    std::map<std::string, void*>::iterator found = registry.find(object);
+    if (found == registry.end()) {
+        Named* opened = new Named();
+        opened->objectName = object;
+        try {
+            OpenShared(name, object, opened->descriptor, opened->block);
+        } catch (...) {
+            delete opened;
+            delete holding;
+            throw;
+        }
+        found = registry.emplace(object, opened).first;
+    }
+    named = static_cast<Named*>(found->second);
+    ++named->users;
+    mutex = &named->block->mutex;
 }
 
 CMutex::~CMutex()
 {
     pthread_mutex_t* const own = static_cast<pthread_mutex_t*>(mutex);
-    if (holding->owner.load() == std::this_thread::get_id()) {
-        for (; holding->depth > 0; --holding->depth) {
+    const std::thread::id owner = holding->owner.load();
+    if (owner == std::this_thread::get_id()) {
+        for (; holding->depth > 0 && OwnedByCaller(own); --holding->depth) {
             pthread_mutex_unlock(own);
         }
-    }
-    if (shared != nullptr) {
-        CloseNamed();
-    } else if (pthread_mutex_destroy(own) == 0) {
-        delete own;
+    } else if (owner != std::thread::id()) {
+        // Another thread owns the mutex through this object, and the
+        // platform keeps a list of the owned mutexes of each thread that
+        // points into it: the object stays where it is, for good.
+        return;
     }
     delete holding;
+    if (named == nullptr) {
+        pthread_mutex_destroy(own);
+        delete own;
+        return;
+    }
+    const std::lock_guard<std::mutex> hold(RegistryGuard());
+    if (--named->users == 0) {
+        CloseShared(named->objectName, named->descriptor, named->block);
+        Registry().erase(named->objectName);
+        delete named;
+    }
 }
 
 int CMutex::Lock(long timeout)
@@ -288,13 +368,18 @@ int CMutex::Lock(long timeout)
 
 int CMutex::Unlock()
 {
+    pthread_mutex_t* const own = static_cast<pthread_mutex_t*>(mutex);
+    if (!OwnedByCaller(own)) {
+        lastError = EPERM;
+        return 0;
+    }
     // The books are kept before the mutex is released: once it is free,
     // another thread may take it and write them.
     const bool mine = holding->owner.load() == std::this_thread::get_id();
     if (mine && --holding->depth == 0) {
         holding->owner.store(std::thread::id());
     }
-    const int result = pthread_mutex_unlock(static_cast<pthread_mutex_t*>(mutex));
+    const int result = pthread_mutex_unlock(own);
     if (result != 0) {
         if (mine && holding->depth++ == 0) {
             holding->owner.store(std::this_thread::get_id());

@@ -13,12 +13,18 @@
 // "/qvimanager-mutex-" and the name, with every byte other than a letter,
 // a digit, '.', '_' or '-' written as "%XX"). The object is removed when
 // the last CMutex of that name, in any process, is closed; a process that
-// dies counts as closed.
+// dies counts as closed. (If every process that had it open died, the
+// object stays until a process opens the name again and closes it.) Within a process, the CMutex objects of one name
+// share one mapping of the object.
 //
 // The calls mirror the platform interface the library was written for:
 // Lock returns 1 when the mutex is owned and 0 when not, Unlock returns 0
-// on failure and GetLastError then gives the error number (EPERM for a
-// thread that does not own the mutex).
+// on failure and GetLastError then gives the error number (ETIMEDOUT for a
+// Lock that timed out, EPERM for an Unlock by a thread that does not own
+// the mutex, whichever CMutex of the name it locked it through).
+//
+// Built on the robust, recursive mutexes of the GNU C library, whose lock
+// word holds the owner's thread id: that is how Unlock tells the owner.
 
 namespace Utilities {
 
@@ -30,8 +36,10 @@ public:
     // bytes once written as above: "name too long").
     explicit CMutex(const char* name);
     // Releases what the calling thread still holds through this object. A
-    // mutex that another thread of the process still owns is not freed (a
-    // small leak instead of a fault).
+    // mutex that another thread of the process still owns through this
+    // object is left in place, open, for the rest of the process (a small
+    // leak instead of a fault; a thread that ended owning it does not
+    // count once another thread has locked it).
     ~CMutex();
 
     CMutex(const CMutex&) = delete;
@@ -49,19 +57,15 @@ public:
     static unsigned long GetLastError();
 
 private:
-    struct Shared;
-
-    void OpenNamed(const char* name);
-    void CloseNamed();
+    struct Named;
+    struct Holding;
 
     // The mutex itself: on the heap (unnamed) or in the shared object.
     void* mutex;
-    // Named only: the shared object's descriptor, mapping and name.
-    int descriptor;
-    Shared* shared;
-    char* objectName;
+    // Named only: the shared object, mapped once per process and shared by
+    // every CMutex of the name in it.
+    Named* named;
     // What the threads hold through this object: the owner and its depth.
-    struct Holding;
     Holding* holding;
 };
 

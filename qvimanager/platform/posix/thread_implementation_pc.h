@@ -27,9 +27,9 @@ namespace Utilities {
 class ThreadImplementation_PC : public ThreadImplementation {
 public:
     // The exit code that a worker reports while Run runs.
-    static const long StillActive = 259;
+    static constexpr long StillActive = 259;
     // The exit code of a worker that was given up.
-    static const long ForcedTerminationExitCode = 99999;
+    static constexpr long ForcedTerminationExitCode = 99999;
 
     // No worker.
     ThreadImplementation_PC();
