@@ -44,12 +44,15 @@
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
+#include "qvimanager/platform/callback.h"
 #include "qvimanager/platform/directory.h"
 #include "qvimanager/platform/file.h"
 #include "qvimanager/platform/language_service.h"
 #include "qvimanager/platform/language_service_interface.h"
+#include "qvimanager/platform/mutex.h"
 #include "qvimanager/platform/path_separators.h"
 #include "qvimanager/platform/stream.h"
 #include "qvimanager/platform/string_converter.h"
+#include "qvimanager/platform/thread.h"
 
 #endif

@@ -43,8 +43,8 @@
 //   own destructor (as above). After a forced termination the object must
 //   stay alive until Run has returned; Run can signal that as its last act.
 // - StartThread and KillThread come from one controlling thread: Thread
-//   itself takes no lock. Both ask the naming service, which is not
-//   synchronised either (see naming_service.h).
+//   itself takes no lock. StartThread asks the naming service, which is
+//   not synchronised either (see naming_service.h).
 //
 // The terminate flag is atomic: the worker reads it while the controlling
 // thread writes it.

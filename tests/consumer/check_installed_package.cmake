@@ -57,6 +57,7 @@ foreach(package IN ITEMS installed build-tree)
   expect_ok("${build}/app" "consumer: ok")
   expect_ok("${build}/cgats_app" "consumer cgats: ok")
   expect_ok("${build}/plugin_host" "consumer plugin: ok")
+  expect_ok("${build}/thread_host" "consumer threads: ok")
 endforeach()
 
 # The kit refuses a plug-in without sources, saying why.

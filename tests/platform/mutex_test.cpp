@@ -226,7 +226,7 @@ TEST(Mutex, EachMutexHasAnImplementationOfItsOwn)
     {
         Mutex first(String(""));
         Mutex copy(first);
-        Mutex second(String("x"));
+        Mutex second(String(UniqueName("own").c_str()));
         EXPECT_EQ(3UL, probe->GetCreator()->GetInstanceCount());
     }
     EXPECT_EQ(1UL, probe->GetCreator()->GetInstanceCount());
