@@ -62,4 +62,13 @@ Diagnostics::String ComponentCreatorBase::InstanceCountLabel() const
     return value;
 }
 
+Map<String, Anything> MakeComponentDescriptor(const char* name, const char* version, const char* category)
+{
+    Map<String, Anything> descriptor;
+    descriptor[String("name")] = Anything(name);
+    descriptor[String("version")] = Anything(version);
+    descriptor[String("category")] = Anything(category);
+    return descriptor;
+}
+
 } // namespace Utilities

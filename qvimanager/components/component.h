@@ -97,6 +97,11 @@ protected:
     ComponentCreatorBase& operator=(const ComponentCreatorBase&) = default;
 };
 
+// A descriptor of the three usual keys, as the GetDescriptor of a component
+// class gives it: "name", "version" ("$Revision: 1.5 $") and "category",
+// all texts.
+Map<String, Anything> MakeComponentDescriptor(const char* name, const char* version, const char* category);
+
 } // namespace Utilities
 
 #endif

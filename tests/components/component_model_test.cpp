@@ -87,6 +87,16 @@ public:
 
 // --- Component ---------------------------------------------------------------
 
+TEST(ComponentDescriptor, HasTheThreeUsualKeysAsTexts)
+{
+    Utilities::Map<Utilities::String, Utilities::Anything> descriptor =
+        Utilities::MakeComponentDescriptor("MyGreeter", "$Revision: 1.0 $", "Examples");
+    EXPECT_EQ(3UL, descriptor.GetCount());
+    EXPECT_STREQ("MyGreeter", descriptor[Utilities::String("name")].GetString().GetCharPointer());
+    EXPECT_STREQ("$Revision: 1.0 $", descriptor[Utilities::String("version")].GetString().GetCharPointer());
+    EXPECT_STREQ("Examples", descriptor[Utilities::String("category")].GetString().GetCharPointer());
+}
+
 TEST(Component, StartsWithoutCreator)
 {
     Lamp lamp;

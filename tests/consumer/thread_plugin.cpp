@@ -11,11 +11,7 @@ class InlineThreads : public Utilities::ThreadImplementation {
 public:
     static Utilities::Map<Utilities::String, Utilities::Anything> GetDescriptor()
     {
-        Utilities::Map<Utilities::String, Utilities::Anything> descriptor;
-        descriptor[Utilities::String("name")] = Utilities::Anything("ThreadImplementation");
-        descriptor[Utilities::String("version")] = Utilities::Anything("$Revision: 2.0 $");
-        descriptor[Utilities::String("category")] = Utilities::Anything("Multithreading");
-        return descriptor;
+        return Utilities::MakeComponentDescriptor("ThreadImplementation", "$Revision: 2.0 $", "Multithreading");
     }
     void KillThread(unsigned long) const override {}
     void StartThread(Utilities::Thread* thread) override

@@ -39,11 +39,7 @@ public:
 inline Utilities::Map<Utilities::String, Utilities::Anything> Descriptor(const char* name, const char* version,
                                                                          const char* category)
 {
-    Utilities::Map<Utilities::String, Utilities::Anything> descriptor;
-    descriptor[Utilities::String("name")] = Utilities::Anything(name);
-    descriptor[Utilities::String("version")] = Utilities::Anything(version);
-    descriptor[Utilities::String("category")] = Utilities::Anything(category);
-    return descriptor;
+    return Utilities::MakeComponentDescriptor(name, version, category);
 }
 
 // The values under `key` of a list of descriptors, in list order.

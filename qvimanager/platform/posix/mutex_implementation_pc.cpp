@@ -19,11 +19,7 @@ MutexImplementation_PC::~MutexImplementation_PC() = default;
 
 Map<String, Anything> MutexImplementation_PC::GetDescriptor()
 {
-    Map<String, Anything> descriptor;
-    descriptor[String("name")] = Anything("MutexImplementation");
-    descriptor[String("version")] = Anything("$Revision: 1.5 $");
-    descriptor[String("category")] = Anything("Multithreading");
-    return descriptor;
+    return MakeComponentDescriptor("MutexImplementation", "$Revision: 1.5 $", "Multithreading");
 }
 
 Diagnostics::String MutexImplementation_PC::GetValueString() const

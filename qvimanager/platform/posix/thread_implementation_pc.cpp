@@ -122,11 +122,7 @@ ThreadImplementation_PC::~ThreadImplementation_PC()
 
 Map<String, Anything> ThreadImplementation_PC::GetDescriptor()
 {
-    Map<String, Anything> descriptor;
-    descriptor[String("name")] = Anything("ThreadImplementation");
-    descriptor[String("version")] = Anything("$Revision: 1.4 $");
-    descriptor[String("category")] = Anything("Multithreading");
-    return descriptor;
+    return MakeComponentDescriptor("ThreadImplementation", "$Revision: 1.4 $", "Multithreading");
 }
 
 Diagnostics::String ThreadImplementation_PC::GetValueString() const
