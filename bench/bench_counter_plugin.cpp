@@ -6,11 +6,7 @@
 
 Utilities::Map<Utilities::String, Utilities::Anything> BenchComponents::SampleCounter::GetDescriptor()
 {
-    Utilities::Map<Utilities::String, Utilities::Anything> descriptor;
-    descriptor[Utilities::String("name")] = Utilities::Anything(BENCH_COUNTER_NAME);
-    descriptor[Utilities::String("version")] = Utilities::Anything("$Revision: 1.0 $");
-    descriptor[Utilities::String("category")] = Utilities::Anything("Bench");
-    return descriptor;
+    return Utilities::MakeComponentDescriptor(BENCH_COUNTER_NAME, "$Revision: 1.0 $", "Bench");
 }
 
 namespace {
