@@ -2,11 +2,11 @@
 // naming service and a plug-in, next to the least such a call has to do (one
 // lookup by name and the component's `new`).
 //
-// The library offers no components of its own yet, so the resolved
-// component comes from the bench plug-ins (bench_counter_plugin.cpp), twenty
-// files of one SampleCounter each under names of their own, added to this
-// program's naming service with LoadAdditionalPluginLibrary. The program
-// has no folder "plugins" beside it: those twenty are all the service
+// The resolved component comes from the bench plug-ins
+// (bench_counter_plugin.cpp), twenty files of one SampleCounter each under
+// names of their own, added to this program's naming service with
+// LoadAdditionalPluginLibrary. The program has no folder "plugins" beside
+// it: those twenty and the library's own components are all the service
 // offers. A component of the library itself takes the same path, with
 // LocalLoader answering from the library's factory in place of the
 // plug-in's entry point.
