@@ -89,6 +89,13 @@ NamingService::~NamingService()
     } catch (const ExceptionDllLoader& failure) {
         Diagnostics::String text("NamingService: Exception thrown in preparing for unload. Exception Text: ");
         text += failure.GetExceptionText().GetCharPointer();
+    } catch (const Exception& failure) {
+        // Nothing can leave a destructor: any other failure ends the walk
+        // the same way (the instrument manager, asked before it searched,
+        // refuses so).
+        Diagnostics::String text("NamingService: Exception thrown in preparing for unload. Exception Text: ");
+        text += failure.GetExceptionText().GetCharPointer();
+    } catch (...) {
     }
 }
 

@@ -132,6 +132,11 @@ public:
 
 protected:
     NamingService();
+    // Releases the pooled components, then asks each file once to prepare
+    // for unload, in the order of the registered components. A failure of
+    // one file ends that walk (its text is formed and dropped): an
+    // ExceptionDllLoader, and, since nothing may leave a destructor, any
+    // other exception too.
     virtual ~NamingService();
 
     // Pools `component` under `poolKey`, unless the very same object is
