@@ -69,9 +69,9 @@ TEST(LocalLoader, OffersTheLibrarysComponents)
     LocalLoader loader;
     EXPECT_EQ(TestSupport::LibraryComponents(),
               TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "name"));
-    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.5 $", "$Revision: 1.4 $"}),
+    EXPECT_EQ((std::vector<std::string>{"$Revision: 1.4 $", "$Revision: 1.5 $", "$Revision: 1.4 $"}),
               TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "version"));
-    EXPECT_EQ((std::vector<std::string>{"Multithreading", "Multithreading"}),
+    EXPECT_EQ((std::vector<std::string>{"QVIManager", "Multithreading", "Multithreading"}),
               TestPlugins::DescriptorValues(loader.GetComponentDescriptors(), "category"));
     SmartPointer<Component> thread;
     loader.Resolve(String("ThreadImplementation"), &thread);

@@ -12,7 +12,7 @@ namespace TestSupport {
 
 inline std::vector<std::string> LibraryComponents()
 {
-    return {"MutexImplementation", "ThreadImplementation"};
+    return {"QVIInstrumentManager", "MutexImplementation", "ThreadImplementation"};
 }
 
 // The library's components followed by `others`.
@@ -23,8 +23,8 @@ inline std::vector<std::string> LibraryComponentsAnd(const std::vector<std::stri
     return names;
 }
 
-// The library's components, each after a blank: " MutexImplementation
-// ThreadImplementation".
+// The library's components, each after a blank: " QVIInstrumentManager
+// MutexImplementation ThreadImplementation".
 inline std::string LibraryComponentNames()
 {
     std::string line;

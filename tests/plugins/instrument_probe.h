@@ -1,0 +1,33 @@
+#ifndef QVIMANAGER_TESTS_PLUGINS_INSTRUMENT_PROBE_H
+#define QVIMANAGER_TESTS_PLUGINS_INSTRUMENT_PROBE_H
+
+// What the test drivers and stores tell the tests beyond their interfaces,
+// shared by the plug-ins and the test programs.
+
+#include "qvimanager/instruments/interfaces/preferences.h"
+#include "qvimanager/instruments/interfaces/qvi_instrument.h"
+
+#include <string>
+
+namespace TestPlugins {
+
+// A test driver's instrument: what it was told.
+class InstrumentProbe : public QVIManager::QVIInstrument {
+public:
+    // The parameter `key` of the last SetParameters, or "(none)".
+    virtual std::string Parameter(const std::string& key) = 0;
+    // How often SetParameters and Connect were called on this instance.
+    virtual int TimesParameterised() = 0;
+    virtual int TimesConnected() = 0;
+};
+
+// A test store: every key and value it holds, one "section/key=value" per
+// line, in the order written.
+class PreferencesProbe : public QVIManager::Preferences {
+public:
+    virtual std::string Contents() = 0;
+};
+
+} // namespace TestPlugins
+
+#endif
