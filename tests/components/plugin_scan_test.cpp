@@ -4,6 +4,7 @@
 // chooses; then it runs the host and reads what it prints.
 
 #include "tests/components/load_test_plugin.h"
+#include "tests/support/scan_folder.h"
 #include "tests/support/library_components.h"
 
 #include <gtest/gtest.h>
@@ -20,72 +21,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ScanFolder {
+// A scratch folder with the scan host.
+class ScanFolder : public TestSupport::ScanFolder {
 public:
-    ScanFolder()
-    {
-        std::string pattern = (fs::temp_directory_path() / "qvimanager-scan-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("cannot make a scratch folder");
-        }
-        root = pattern;
-        fs::copy_file(QVIMANAGER_SCAN_HOST, root / "host");
-    }
-    ~ScanFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(root, ignored);
-    }
-    ScanFolder(const ScanFolder&) = delete;
-    ScanFolder& operator=(const ScanFolder&) = delete;
-
-    fs::path Plugins()
-    {
-        fs::create_directories(root / "plugins");
-        return root / "plugins";
-    }
-    // The test plug-in `plugin` as plugins/`as`.
-    void Add(const std::string& plugin, const std::string& as)
-    {
-        fs::copy_file(TestPlugins::PluginPath(plugin), Plugins() / as);
-    }
-    void Add(const std::string& plugin)
-    {
-        Add(plugin, plugin + ".dll");
-    }
-
-    // Runs the host with the commands and gives back what it printed.
-    std::vector<std::string> Run(const std::vector<std::string>& commands)
-    {
-        std::string line = "'" + (root / "host").string() + "'";
-        for (const std::string& command : commands) {
-            line += " '" + command + "'";
-        }
-        line += " 2>&1";
-        FILE* const pipe = popen(line.c_str(), "r");
-        EXPECT_NE(nullptr, pipe);
-        std::vector<std::string> output;
-        if (pipe == nullptr) {
-            return output;
-        }
-        std::array<char, 4096> buffer{};
-        while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
-            std::string text(buffer.data());
-            if (!text.empty() && text.back() == '\n') {
-                text.pop_back();
-            }
-            output.push_back(text);
-        }
-        EXPECT_EQ(0, pclose(pipe)) << "the host did not end cleanly";
-        return output;
-    }
-    std::string RunOne(const std::string& command)
-    {
-        const std::vector<std::string> output = Run({command});
-        return output.size() == 1 ? output[0] : "(" + std::to_string(output.size()) + " lines)";
-    }
-
-    fs::path root;
+    ScanFolder() : TestSupport::ScanFolder(QVIMANAGER_SCAN_HOST) {}
 };
 
 // The host's "names" line: the library's own components, then `plugins`.
