@@ -5,12 +5,18 @@
 
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 namespace Diagnostics {
 
 namespace {
 
 const char kTerminator = '\0';
+
+// Strings on every thread share the pool and share blocks among their
+// copies: each change of a block's holders or text happens under the
+// pool's lock.
+using Hold = std::lock_guard<std::recursive_mutex>;
 
 unsigned TextLength(const char* text)
 {
@@ -62,8 +68,11 @@ String::String(double value) : block(nullptr), length(0)
 
 String::String(bool value) : String(value ? "true" : "false") {}
 
-String::String(const String& other) : block(other.block), length(other.length)
+String::String(const String& other) : block(nullptr), length(0)
 {
+    const Hold hold(PoolGuard());
+    block = other.block;
+    length = other.length;
     if (block != nullptr) {
         block->AddReference();
     }
@@ -74,6 +83,7 @@ String& String::operator=(const String& other)
     if (this == &other) {
         return *this;
     }
+    const Hold hold(PoolGuard());
     if (other.block != nullptr) {
         other.block->AddReference();
     }
@@ -95,6 +105,7 @@ const char* String::c_str() const
 
 String& String::operator+=(const String& other)
 {
+    const Hold hold(PoolGuard());
     if (other.length == 0) {
         return *this;
     }
@@ -115,6 +126,7 @@ String& String::operator+=(const char* text)
     if (count == 0) {
         return *this;
     }
+    const Hold hold(PoolGuard());
     if (block == nullptr) {
         Assign(text, count);
         return *this;
@@ -161,6 +173,7 @@ String String::GetValueString() const
 
 void String::Assign(const char* text, unsigned count)
 {
+    const Hold hold(PoolGuard());
     Release();
     if (count == 0) {
         return;
@@ -200,6 +213,7 @@ void String::PrepareModification()
 void String::Release()
 {
     if (block != nullptr) {
+        const Hold hold(PoolGuard());
         block->RemoveReference();
         block = nullptr;
     }

@@ -7,6 +7,12 @@
 
 namespace Diagnostics {
 
+std::recursive_mutex& PoolGuard()
+{
+    static std::recursive_mutex* guard = new std::recursive_mutex();
+    return *guard;
+}
+
 MemoryBlockBase::MemoryBlockBase() : referenceCount(0), size(0), memory(nullptr) {}
 
 void MemoryBlockBase::AddReference()

@@ -9,13 +9,23 @@
 // blocks of 256 bytes. Nothing here reports failure: when every block is in
 // use, a new string shares a block with its present holders and overwrites
 // their text. Diagnostics output may be garbled, but it never stops the
-// program. Nothing here is synchronised.
+// program.
+//
+// Strings are made on every thread, and copies share blocks: every change
+// of a block's holders or text is made under PoolGuard(), which
+// Diagnostics::String takes.
 
 #include <cstdint>
+#include <mutex>
 
 namespace Diagnostics {
 
 class MemoryManager;
+
+// The lock of the pool and of every block's holders and text. Recursive: a
+// string operation holds it while it makes other strings. It lives for the
+// whole process, beyond the static objects.
+std::recursive_mutex& PoolGuard();
 
 // Bookkeeping of one block: how many strings hold it, and its memory.
 class MemoryBlockBase {
