@@ -46,6 +46,7 @@ using TestPlugins::RecordingMessageService;
 using TestPlugins::ScriptedButtons;
 using TestPlugins::ScriptedEvent;
 using TestPlugins::ScriptedStep;
+using TestSupport::FailureText;
 using ThreadTests::Clock;
 using ThreadTests::MillisecondsOf;
 using ThreadTests::WaitUntil;
@@ -507,11 +508,11 @@ TEST(InstrumentEventsRegistering, OtherEventNeedsAButtonsInstrument)
     SmartPointer<RecordingMessageService> service = LoadService();
     auto received = std::make_shared<Received>();
     InstrumentEvents_V1 plain(SmartPointer<Component>(new Component));
-    EXPECT_EQ(kNullpointer, TestSupport::FailureText<ExceptionNullpointer>([&] {
+    EXPECT_EQ(kNullpointer, FailureText<ExceptionNullpointer>([&] {
                   plain.RegisterCallback(String("Button"), MakeCallback(received, "plain"));
               }));
     InstrumentEvents_V1 empty((SmartPointer<Component>()));
-    EXPECT_EQ(kNullpointer, TestSupport::FailureText<ExceptionNullpointer>([&] {
+    EXPECT_EQ(kNullpointer, FailureText<ExceptionNullpointer>([&] {
                   empty.RegisterCallback(String("Button"), MakeCallback(received, "empty"));
               }));
     // Nothing was registered.
@@ -523,13 +524,13 @@ TEST(InstrumentEventsRegistering, WithoutAMessageServiceRegisteringThrows)
     SmartPointer<ScriptedButtons> buttons = LoadButtons();
     auto received = std::make_shared<Received>();
     InstrumentEvents_V1 events(AsInstrument(buttons));
-    EXPECT_EQ(kNullpointer, TestSupport::FailureText<ExceptionNullpointer>([&] {
+    EXPECT_EQ(kNullpointer, FailureText<ExceptionNullpointer>([&] {
                   events.RegisterCallback(String("Connection"), MakeCallback(received, "connection"));
               }));
-    EXPECT_EQ(kNullpointer, TestSupport::FailureText<ExceptionNullpointer>([&] {
+    EXPECT_EQ(kNullpointer, FailureText<ExceptionNullpointer>([&] {
                   events.RegisterCallback(String("Button"), MakeCallback(received, "button"));
               }));
-    EXPECT_EQ(kNullpointer, TestSupport::FailureText<ExceptionNullpointer>([&] { events.UnregisterCallback(String("Button")); }));
+    EXPECT_EQ(kNullpointer, FailureText<ExceptionNullpointer>([&] { events.UnregisterCallback(String("Button")); }));
 }
 
 // ---------------------------------------------------------------- failed cycles
@@ -579,7 +580,8 @@ TEST(ExceptionQVIModuleText, OneArgumentIsTheTextAsGiven)
 
 TEST(ExceptionQVIModuleText, ModuleAndDetail)
 {
-    EXPECT_EQ("Error in Scanner: Lamp failed", ModuleText(ExceptionQVIModule(String("Scanner"), String("Lamp failed"))));
+    EXPECT_EQ("Error in Scanner: Lamp failed",
+              ModuleText(ExceptionQVIModule(String("Scanner"), String("Lamp failed"))));
 }
 
 TEST(ExceptionQVIModuleText, EmptyDetailIsNoResponse)
@@ -604,7 +606,8 @@ TEST(ExceptionQVIModuleText, FixedWordsAreTranslatedModuleNameIsNot)
     TestPlugins::LoadTestPlugin("language_service");
     Utilities::LanguageServiceInterface().EnableMarking(true);
     EXPECT_EQ("(Error in )Scanner: (No response.)", ModuleText(ExceptionQVIModule(String("Scanner"), String(""))));
-    EXPECT_EQ("(Error in )Scanner: Lamp failed", ModuleText(ExceptionQVIModule(String("Scanner"), String("Lamp failed"))));
+    EXPECT_EQ("(Error in )Scanner: Lamp failed",
+              ModuleText(ExceptionQVIModule(String("Scanner"), String("Lamp failed"))));
     // A module name that the service would translate stays as it is.
     EXPECT_EQ("(Error in )Missing WhiteReference: (No response.)",
               ModuleText(ExceptionQVIModule(String("Missing WhiteReference"), String(""))));
