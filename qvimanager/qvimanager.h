@@ -45,6 +45,8 @@
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 #include "qvimanager/instruments/exception_qvi_module.h"
+#include "qvimanager/instruments/instrument_events.h"
+#include "qvimanager/instruments/instrument_manager.h"
 #include "qvimanager/instruments/interfaces/find_devices_v1.h"
 #include "qvimanager/instruments/interfaces/instrument_buttons_v1.h"
 #include "qvimanager/instruments/interfaces/message_service.h"

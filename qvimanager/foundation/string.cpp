@@ -11,7 +11,7 @@
 
 namespace Utilities {
 
-std::uint32_t String::nextStamp = 0;
+std::atomic<std::uint32_t> String::nextStamp(0);
 
 namespace {
 
@@ -36,8 +36,7 @@ bool IsDigit(char c)
 
 void String::TakeFreshStamp()
 {
-    stamp = nextStamp;
-    ++nextStamp;
+    stamp = nextStamp.fetch_add(1, std::memory_order_relaxed);
 }
 
 void String::FreeBlock()

@@ -24,6 +24,7 @@
 
 #include "qvimanager/diagnostics/diagnostic_string.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -205,7 +206,8 @@ private:
     unsigned long length;
     unsigned long stamp;
 
-    static std::uint32_t nextStamp;
+    // Taken by strings made on any thread, so atomic.
+    static std::atomic<std::uint32_t> nextStamp;
 };
 
 } // namespace Utilities
