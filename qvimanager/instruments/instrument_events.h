@@ -20,7 +20,10 @@
 // constructing thread holds for the object's whole life and never
 // releases: the Lock always times out, and nothing shortens the wait. With
 // no "MutexImplementation" the Lock returns at once and the loop runs
-// without a pause.
+// without a pause. So does it when the thread that made the object ends
+// before the object: the wait mutex is then abandoned, the poll thread's
+// Lock gets it, and the poll thread, its owner now, gets it again at once
+// in every later cycle. Make the object on a thread that outlives it.
 //
 // Any exception in a poll cycle is swallowed and ends that cycle only: an
 // application callback that throws loses the events that would have
