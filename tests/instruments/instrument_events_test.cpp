@@ -227,6 +227,22 @@ TEST(InstrumentEventsPolling, ConstructionStartsPolling)
     EXPECT_NE(std::string::npos, text.find("InstrumentEvents_V1: polling")) << text;
 }
 
+TEST(InstrumentEventsPolling, WithoutAMutexImplementationTheLoopRunsWithoutAPause)
+{
+    // A newer "MutexImplementation" that is none: the wait mutex does
+    // nothing, and its Lock returns at once.
+    TestPlugins::LoadTestPlugin("mutex_impostor");
+    SmartPointer<RecordingMessageService> service = LoadService();
+    SmartPointer<ScriptedButtons> buttons = LoadButtons();
+    InstrumentEvents_V1 events(AsInstrument(buttons));
+    ASSERT_TRUE(WaitUntil([&] { return buttons->Cycles() >= 20; }));
+    events.StopPolling();
+    const std::vector<Clock::time_point> times = buttons->CycleTimes();
+    ASSERT_GE(times.size(), 20UL);
+    // Nineteen pauses would take 9.5 s at the least.
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(times[19] - times[0]).count(), 19 * kPeriod);
+}
+
 TEST(InstrumentEventsPolling, StopPollingWaitsTheFullSecondAndStops)
 {
     SmartPointer<RecordingMessageService> service = LoadService();

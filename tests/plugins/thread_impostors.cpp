@@ -1,6 +1,7 @@
 // A plug-in that offers "ThreadImplementation" and "MutexImplementation" in
 // a newer revision than the library's, with components of other classes:
-// whoever asks for the implementations finds none.
+// whoever asks for the implementations finds none. Built with MUTEX_ONLY,
+// it offers the mutex impostor alone.
 
 #include "qvimanager/components/component_creator.h"
 #include "tests/plugins/plugin_probe.h"
@@ -35,7 +36,9 @@ public:
     }
 };
 
+#if !defined(MUTEX_ONLY)
 Utilities::ComponentCreatorNormal<ThreadImpostor> threadCreator;
+#endif
 Utilities::ComponentCreatorNormal<MutexImpostor> mutexCreator;
 
 } // namespace
