@@ -277,6 +277,20 @@ TEST(InstrumentManager, UsingTheRecentInstrumentStoresNothing)
     EXPECT_EQ(before, Stored());
 }
 
+TEST(InstrumentManager, RecentDeviceOfADriverThatIsGoneGivesNothing)
+{
+    LoadTestPlugin("driver_two_devices");
+    LoadTestPlugin("preferences_no_case");
+    SmartPointer<PreferencesProbe> store = Resolve<PreferencesProbe>(String("Preferences"));
+    store->SetValue(String("QVIInstrumentManager"), String("RecentUsed"), String("Sim A_1001"));
+    store->SetValue(String("QVIInstrumentManager"), String("RUDriver"), String("RemovedDriver"));
+    DeviceMap callers;
+    EXPECT_FALSE(Manager()->GetRecentUsedInstrument(callers).IsValid());
+    // Nor one without a driver at all.
+    store->SetValue(String("QVIInstrumentManager"), String("RUDriver"), String(""));
+    EXPECT_FALSE(Manager()->GetRecentUsedInstrument(callers).IsValid());
+}
+
 TEST(InstrumentManager, UnavailableRecentDeviceGivesNothing)
 {
     setenv("QVI_TEST_AVAILABLE", "no", 1);

@@ -37,7 +37,8 @@ using Utilities::String;
 using Utilities::Thread;
 using Utilities::ThreadImplementation;
 
-const long long kNoWait = 5000;
+// The bound of a call that should not wait.
+const long long kNoWait = ThreadTests::kSlack;
 
 // Notes the thread Run runs on, and returns at once.
 class Noting : public Thread {

@@ -9,6 +9,8 @@
 // bound that a loaded machine keeps easily; a wait for another thread is a
 // wait for what it signals, never a guess of how long it takes.
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -24,6 +26,10 @@ using Milliseconds = std::chrono::milliseconds;
 // it will surely do: far longer than any machine needs, far shorter than
 // the test's timeout.
 const Milliseconds kPatience(30000);
+
+// How much longer than a promised wait a loaded machine may take, and the
+// bound of a call that should not wait at all.
+const long long kSlack = 5000;
 
 class Gate {
 public:
@@ -71,6 +77,20 @@ inline long long MillisecondsOf(const std::function<void()>& call)
     const Clock::time_point start = Clock::now();
     call();
     return std::chrono::duration_cast<Milliseconds>(Clock::now() - start).count();
+}
+
+// Whether `call` takes at least `least` ms (a wait it promises) and less
+// than `least` + kSlack ms.
+inline ::testing::AssertionResult TakesAtLeast(long long least, const std::function<void()>& call)
+{
+    const long long took = MillisecondsOf(call);
+    if (took < least) {
+        return ::testing::AssertionFailure() << "took " << took << " ms, less than " << least << " ms";
+    }
+    if (took >= least + kSlack) {
+        return ::testing::AssertionFailure() << "took " << took << " ms, not less than " << least + kSlack << " ms";
+    }
+    return ::testing::AssertionSuccess() << "took " << took << " ms";
 }
 
 } // namespace ThreadTests
