@@ -89,7 +89,9 @@ public:
     // service ExceptionNullpointer "Failed to access to nullpointer.".
     virtual void UnregisterCallback(const Utilities::String& event);
     // Thread slot 6. When polling: KillThread(1000), which waits the full
-    // second, and stopped. When stopped: nothing.
+    // second, and stopped. (A loop without a pause, see above, may have
+    // ended before KillThread looks, and then costs nothing.) When stopped:
+    // nothing.
     virtual void StopPolling();
     // Thread slot 7. When stopped: starts a new poll thread (resolving a new
     // thread implementation), and polling. When polling: nothing.

@@ -6,20 +6,27 @@
 // - DRIVER_NO_FINDER: "NoFinderDriver", without "FindDevices_V1".
 // - DRIVER_SERIAL_LESS: "SerialLessDriver", whose one device map lacks
 //   "SerialNumber".
-// Each instrument records what it is told (InstrumentProbe).
+// Each instrument records what it is told (InstrumentProbe) and has a
+// button the test presses (ButtonProbe). Every operation may come from any
+// thread: the instrument takes a lock of its own.
 
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/instruments/interfaces/find_devices_v1.h"
 #include "tests/plugins/instrument_probe.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <map>
+#include <mutex>
 #include <string>
+#include <vector>
 
 namespace {
 
 using Utilities::Anything;
 using Utilities::List;
+using Utilities::ListIterator;
 using Utilities::Map;
 using Utilities::SmartPointer;
 using Utilities::String;
@@ -63,7 +70,7 @@ public:
     }
 };
 
-class Driver : public TestPlugins::InstrumentProbe {
+class Driver : public TestPlugins::InstrumentProbe, public TestPlugins::ButtonProbe {
 public:
     static Map<String, Anything> GetDescriptor()
     {
@@ -86,31 +93,78 @@ public:
     }
     void SetParameters(const DeviceMap& given) override
     {
+        const std::lock_guard<std::mutex> hold(guard);
         ++parameterised;
         parameters = given;
     }
     void Connect() override
     {
+        const std::lock_guard<std::mutex> hold(guard);
         ++connected;
     }
     std::string Parameter(const std::string& key) override
     {
+        const std::lock_guard<std::mutex> hold(guard);
         Utilities::MapIterator<String, String> found = parameters.Find(String(key.c_str()));
         return found.IsValid() ? found.GetValue().GetCharPointer() : "(none)";
     }
     int TimesParameterised() override
     {
+        const std::lock_guard<std::mutex> hold(guard);
         return parameterised;
     }
     int TimesConnected() override
     {
+        const std::lock_guard<std::mutex> hold(guard);
         return connected;
     }
 
+    SmartPointer<List<String>> GetButtonEvents() override
+    {
+        const std::lock_guard<std::mutex> hold(guard);
+        ++cycles;
+        SmartPointer<List<String>> names(new List<String>);
+        for (const std::string& name : told) {
+            names->Append(String(name.c_str()));
+        }
+        return names;
+    }
+    Map<String, Anything> PollButtons(SmartPointer<List<String>> events) override
+    {
+        const std::lock_guard<std::mutex> hold(guard);
+        Map<String, Anything> occurred;
+        for (ListIterator<String> name = events->Begin(); name.IsValid(); name++) {
+            const std::string event(name.Current().GetCharPointer());
+            if (std::find(told.begin(), told.end(), event) == told.end()) {
+                told.push_back(event);
+            }
+            const auto pressed = presses.find(event);
+            if (pressed != presses.end()) {
+                occurred[name.Current()] = Anything(pressed->second);
+                presses.erase(pressed);
+            }
+        }
+        return occurred;
+    }
+    void Press(const std::string& event, long value) override
+    {
+        const std::lock_guard<std::mutex> hold(guard);
+        presses[event] = value;
+    }
+    long Cycles() override
+    {
+        const std::lock_guard<std::mutex> hold(guard);
+        return cycles;
+    }
+
 private:
+    std::mutex guard;
     DeviceMap parameters;
     int parameterised = 0;
     int connected = 0;
+    long cycles = 0;
+    std::vector<std::string> told;
+    std::map<std::string, long> presses;
 };
 
 Utilities::ComponentCreatorNormal<Driver> creator;

@@ -4,6 +4,7 @@
 // What the test drivers and stores tell the tests beyond their interfaces,
 // shared by the plug-ins and the test programs.
 
+#include "qvimanager/instruments/interfaces/instrument_buttons_v1.h"
 #include "qvimanager/instruments/interfaces/preferences.h"
 #include "qvimanager/instruments/interfaces/qvi_instrument.h"
 
@@ -19,6 +20,19 @@ public:
     // How often SetParameters and Connect were called on this instance.
     virtual int TimesParameterised() = 0;
     virtual int TimesConnected() = 0;
+};
+
+// A test driver's instrument is an InstrumentButtons_V1 too, with one
+// button that the test presses. GetButtonEvents counts the poll cycles and
+// names the events told so far; PollButtons tells the events it is given
+// and hands out, once, the presses of those events since the last poll.
+class ButtonProbe : public QVIManager::InstrumentButtons_V1 {
+public:
+    // Presses the button `event` with `value`; a later press of the same
+    // event before the next poll replaces the value.
+    virtual void Press(const std::string& event, long value) = 0;
+    // How often GetButtonEvents was called: the poll cycles begun.
+    virtual long Cycles() = 0;
 };
 
 // A test store: every key and value it holds, one "section/key=value" per

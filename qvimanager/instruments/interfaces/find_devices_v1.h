@@ -7,6 +7,12 @@
 //
 // The virtual operations stand in their slot order, directly behind those
 // of Component; slot 1 is a placeholder the library never calls.
+//
+// Component is a virtual base: one class may implement several of these
+// interfaces (an instrument that is also InstrumentButtons_V1, which
+// InstrumentEvents_V1 needs, or its own FindDevices_V1) and its objects are
+// still one Component each, made, counted and released once. Cast between
+// the interfaces with DynamicCast, never with static_cast.
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/foundation/containers.h"
@@ -14,7 +20,7 @@
 
 namespace QVIManager {
 
-class FindDevices_V1 : public Utilities::Component {
+class FindDevices_V1 : public virtual Utilities::Component {
 public:
     // Slot 1. A placeholder: never called by the library.
     virtual void ReservedFindDevicesOperation1() {}

@@ -21,6 +21,12 @@
 // of Component: drivers rely on it, so do not reorder them. Slots the
 // library never calls hold placeholders, whose meaning is the driver's own;
 // they do nothing unless overridden.
+//
+// Component is a virtual base: one class may implement several of these
+// interfaces (an instrument that is also InstrumentButtons_V1, which
+// InstrumentEvents_V1 needs, or its own FindDevices_V1) and its objects are
+// still one Component each, made, counted and released once. Cast between
+// the interfaces with DynamicCast, never with static_cast.
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/foundation/containers.h"
@@ -29,7 +35,7 @@
 
 namespace QVIManager {
 
-class QVIInstrument : public Utilities::Component {
+class QVIInstrument : public virtual Utilities::Component {
 public:
     // Slot 1. A placeholder: never called by the library.
     virtual void ReservedInstrumentOperation1() {}
