@@ -58,6 +58,7 @@ foreach(package IN ITEMS installed build-tree)
   expect_ok("${build}/cgats_app" "consumer cgats: ok")
   expect_ok("${build}/plugin_host" "consumer plugin: ok")
   expect_ok("${build}/thread_host" "consumer threads: ok")
+  expect_ok("${build}/instruments/instrument_app" "consumer instruments: ok")
 endforeach()
 
 # The kit refuses a plug-in without sources, saying why.
