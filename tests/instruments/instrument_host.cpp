@@ -24,13 +24,13 @@
 #include "qvimanager/instruments/instrument_manager.h"
 #include "qvimanager/platform/callback.h"
 #include "tests/plugins/instrument_probe.h"
+#include "tests/support/process_threads.h"
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -42,24 +42,13 @@ namespace {
 using QVIManager::QVIInstrument;
 using QVIManager::QVIInstrumentManager;
 using Utilities::SmartPointer;
+using TestSupport::ThreadsOfProcess;
 using Utilities::String;
 using Clock = std::chrono::steady_clock;
 
 // How long to wait for an event at most before giving up: far beyond any
 // poll period, so that only a lost event reaches it.
 const std::chrono::seconds kPatience(30);
-
-// The threads of this process, as /proc lists them.
-long ThreadsOfProcess()
-{
-    long count = 0;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", ignored)) {
-        static_cast<void>(entry);
-        ++count;
-    }
-    return count;
-}
 
 long threadsAtStart = 0;
 

@@ -16,6 +16,7 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -171,6 +172,16 @@ TEST(Mutex, MutexAbandonedByAThreadThatEndedGoesToTheNextLock)
     // Owned once now, however often the dead owner locked it.
     mutex.Unlock();
     EXPECT_TRUE(LockElsewhere(mutex, 0));
+}
+
+TEST(Mutex, AMutexWhoseOwnerEndedOwningItGoesWithItsObject)
+{
+    // Nobody owns it any more: the object is destroyed as usual (the leak
+    // checker of the sanitizer build sees whether it stayed behind).
+    auto mutex = std::make_unique<Mutex>(String(""));
+    std::thread owner([&] { ASSERT_TRUE(mutex->Lock(0)); });
+    owner.join();
+    EXPECT_NO_THROW(mutex.reset());
 }
 
 TEST(Mutex, UnlockByAThreadThatDoesNotOwnItHasNoEffect)

@@ -123,11 +123,7 @@ public:
     {
         const std::lock_guard<std::mutex> hold(guard);
         ++cycles;
-        SmartPointer<List<String>> names(new List<String>);
-        for (const std::string& name : told) {
-            names->Append(String(name.c_str()));
-        }
-        return names;
+        return TestPlugins::EventNames(told);
     }
     Map<String, Anything> PollButtons(SmartPointer<List<String>> events) override
     {

@@ -4,11 +4,15 @@
 // What the test drivers and stores tell the tests beyond their interfaces,
 // shared by the plug-ins and the test programs.
 
+#include "qvimanager/foundation/containers.h"
+#include "qvimanager/foundation/smart_pointer.h"
+#include "qvimanager/foundation/string.h"
 #include "qvimanager/instruments/interfaces/instrument_buttons_v1.h"
 #include "qvimanager/instruments/interfaces/preferences.h"
 #include "qvimanager/instruments/interfaces/qvi_instrument.h"
 
 #include <string>
+#include <vector>
 
 namespace TestPlugins {
 
@@ -34,6 +38,16 @@ public:
     // How often GetButtonEvents was called: the poll cycles begun.
     virtual long Cycles() = 0;
 };
+
+// `names` as the list GetButtonEvents hands out.
+inline Utilities::SmartPointer<Utilities::List<Utilities::String>> EventNames(const std::vector<std::string>& names)
+{
+    Utilities::SmartPointer<Utilities::List<Utilities::String>> list(new Utilities::List<Utilities::String>);
+    for (const std::string& name : names) {
+        list->Append(Utilities::String(name.c_str()));
+    }
+    return list;
+}
 
 // A test store: every key and value it holds, one "section/key=value" per
 // line, in the order written.

@@ -5,6 +5,7 @@
 #include "qvimanager/components/component_creator.h"
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/smart_pointer.h"
+#include "tests/plugins/instrument_probe.h"
 #include "tests/plugins/plugin_probe.h"
 #include "tests/plugins/scripted_buttons.h"
 
@@ -38,11 +39,7 @@ public:
             pending = script[next];
             ++next;
         }
-        SmartPointer<List<String>> names(new List<String>);
-        for (const std::string& name : told) {
-            names->Append(String(name.c_str()));
-        }
-        return names;
+        return TestPlugins::EventNames(told);
     }
 
     Map<String, Anything> PollButtons(SmartPointer<List<String>> events) override

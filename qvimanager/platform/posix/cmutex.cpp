@@ -105,6 +105,17 @@ bool OwnedByCaller(pthread_mutex_t* mutex)
     return (word & OwnerMask) == static_cast<unsigned int>(gettid());
 }
 
+// Whether a live thread of this process owns `mutex`. A thread that ends
+// owning it leaves no owner in the lock word (the system marks the owner
+// dead instead); a thread of another process is not one of this process's
+// tasks.
+bool OwnedByALiveThreadOfThisProcess(pthread_mutex_t* mutex)
+{
+    const unsigned int word = static_cast<unsigned int>(__atomic_load_n(&mutex->__data.__lock, __ATOMIC_RELAXED));
+    const unsigned int owner = word & OwnerMask;
+    return owner != 0 && access(("/proc/self/task/" + std::to_string(owner)).c_str(), F_OK) == 0;
+}
+
 // "/qvimanager-mutex-" and the name, bytes outside [A-Za-z0-9._-] as %XX.
 std::string ObjectName(const char* name)
 {
@@ -331,10 +342,22 @@ CMutex::~CMutex()
             pthread_mutex_unlock(own);
         }
     } else if (owner != std::thread::id()) {
-        // Another thread owns the mutex through this object, and the
-        // platform keeps a list of the owned mutexes of each thread that
-        // points into it: the object stays where it is, for good.
-        return;
+        if (OwnedByALiveThreadOfThisProcess(own)) {
+            // Another thread owns the mutex through this object, and the
+            // platform keeps a list of the owned mutexes of each thread
+            // that points into it: the object stays where it is, for good.
+            return;
+        }
+        // The thread ended owning it: take the mutex over and release it,
+        // so that it goes unowned. (Taken by another process meanwhile, it
+        // is that process's business.)
+        const int taken = pthread_mutex_trylock(own);
+        if (taken == EOWNERDEAD) {
+            pthread_mutex_consistent(own);
+        }
+        if (taken == 0 || taken == EOWNERDEAD) {
+            pthread_mutex_unlock(own);
+        }
     }
     delete holding;
     if (named == nullptr) {

@@ -36,10 +36,10 @@ public:
     // bytes once written as above: "name too long").
     explicit CMutex(const char* name);
     // Releases what the calling thread still holds through this object. A
-    // mutex that another thread of the process still owns through this
-    // object is left in place, open, for the rest of the process (a small
-    // leak instead of a fault; a thread that ended owning it does not
-    // count once another thread has locked it).
+    // mutex that another live thread of the process still owns through
+    // this object is left in place, open, for the rest of the process (a
+    // small leak instead of a fault); one whose owner ended owning it is
+    // destroyed as usual.
     ~CMutex();
 
     CMutex(const CMutex&) = delete;
