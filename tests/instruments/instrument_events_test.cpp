@@ -46,6 +46,7 @@ using TestPlugins::ScriptedButtons;
 using TestPlugins::ScriptedEvent;
 using TestPlugins::ScriptedStep;
 using TestSupport::FailureText;
+using TestSupport::ThreadsOfProcess;
 using ThreadTests::Clock;
 using ThreadTests::MillisecondsOf;
 using ThreadTests::WaitUntil;
@@ -59,7 +60,6 @@ using Utilities::Map;
 using Utilities::MapIterator;
 using Utilities::Resolve;
 using Utilities::SmartPointer;
-using TestSupport::ThreadsOfProcess;
 using Utilities::String;
 
 const char* const kNullpointer = "Failed to access to nullpointer.";

@@ -7,13 +7,13 @@
 //   use:KEY     SetUsedInstrument of the device KEY: "used: KEY"
 //   recent      "recent: (none)" or "recent: NAME baud=BAUD connected=N"
 //   watch:KEY:N watches the buttons of the device KEY ("recent": the
-//               recent instrument) with an
-//               InstrumentEvents_V1 and a callback registered for "Button",
-//               presses the button N times, one press at a time, and prints
-//               for each press "button: VALUE cycles=C ms=T": the value
-//               the callback got, the poll cycles begun between the press
-//               and its delivery, and the milliseconds between them; then
-//               destroys the events object
+//               recent instrument) with an InstrumentEvents_V1 and a
+//               callback registered for "Button", presses the button N
+//               times, one press at a time, and prints for each press
+//               "button: VALUE cycles=C ms=T": the value the callback got,
+//               the poll cycles begun between the press and its delivery,
+//               and the milliseconds between them; then destroys the
+//               events object
 //   exit-threads (wherever it stands) prints, as the very last thing the
 //               process does, "threads left at exit: N": the threads then
 //               running beyond those running when main began
@@ -41,8 +41,8 @@ namespace {
 
 using QVIManager::QVIInstrument;
 using QVIManager::QVIInstrumentManager;
-using Utilities::SmartPointer;
 using TestSupport::ThreadsOfProcess;
+using Utilities::SmartPointer;
 using Utilities::String;
 using Clock = std::chrono::steady_clock;
 
