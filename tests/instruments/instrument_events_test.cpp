@@ -290,6 +290,31 @@ TEST(InstrumentEventsPolling, AnObjectThatOutlivesTheThreadThatMadeItPollsWithou
     EXPECT_TRUE(NoMoreCycles(buttons));
 }
 
+TEST(InstrumentEventsPolling, WithoutAThreadImplementationTheConstructorThrows)
+{
+    // A newer "ThreadImplementation" that is none.
+    TestPlugins::LoadTestPlugin("thread_impostors");
+    SmartPointer<RecordingMessageService> service = LoadService();
+    SmartPointer<ScriptedButtons> buttons = LoadButtons();
+    EXPECT_EQ("Could not load thread implementation", FailureText<Utilities::ExceptionMultithreading>([&] {
+                  InstrumentEvents_V1 events(AsInstrument(buttons));
+              }));
+    EXPECT_EQ(0, buttons->Cycles());
+}
+
+TEST(InstrumentEventsPolling, WithoutAThreadImplementationStartPollingThrowsAndStaysStopped)
+{
+    SmartPointer<RecordingMessageService> service = LoadService();
+    SmartPointer<ScriptedButtons> buttons = LoadButtons();
+    InstrumentEvents_V1 events(AsInstrument(buttons));
+    events.StopPolling();
+    TestPlugins::LoadTestPlugin("thread_impostors");
+    EXPECT_EQ("Could not load thread implementation",
+              FailureText<Utilities::ExceptionMultithreading>([&] { events.StartPolling(); }));
+    EXPECT_NE(std::string::npos, std::string(events.GetValueString().c_str()).find(": stopped"));
+    EXPECT_TRUE(NoMoreCycles(buttons));
+}
+
 TEST(InstrumentEventsPolling, StopPollingWaitsTheFullSecondAndStops)
 {
     SmartPointer<RecordingMessageService> service = LoadService();
