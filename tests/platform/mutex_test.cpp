@@ -334,6 +334,22 @@ TEST(NamedMutex, AbandonedByAThreadThatEndedGoesToTheNextLock)
     EXPECT_TRUE(LockElsewhere(mutex, 0));
 }
 
+TEST(NamedMutex, AMutexWhoseOwnerEndedOwningItGoesWithItsObjectAndItsName)
+{
+    // The last object of the name goes, and with it the name, although its
+    // owner thread ended holding it.
+    const std::string name = UniqueName("owner-ended");
+    auto mutex = std::make_unique<Mutex>(String(name.c_str()));
+    std::thread owner([&] { ASSERT_TRUE(mutex->Lock(0)); });
+    owner.join();
+    ASSERT_TRUE(SharedObjectExists(name));
+    mutex.reset();
+    EXPECT_FALSE(SharedObjectExists(name));
+    // A new mutex of the name starts free.
+    Mutex again(String(name.c_str()));
+    EXPECT_TRUE(LockElsewhere(again, 0));
+}
+
 TEST(NamedMutex, ManyThreadsOpeningAndClosingOneNameKeepOneLock)
 {
     // Every thread counts inside the lock; a lost exclusion would lose
