@@ -41,6 +41,7 @@
 #include "qvimanager/diagnostics/log_item.h"
 #include "qvimanager/diagnostics/memory_manager.h"
 #include "qvimanager/diagnostics/publisher.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/diagnostics/trace_item.h"
 #include "qvimanager/diagnostics/win_debug_publisher.h"
 #include "qvimanager/foundation/anything.h"

@@ -3,6 +3,7 @@
 #include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/color_temperature.h"
 #include "qvimanager/cmetry/exception_cmetry.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/platform/language_service_interface.h"
 
 #include <cstring>
@@ -44,6 +45,10 @@ Lab2Spec CMetryService::asLab2Spec;
 
 QVColorVector CMetryService::GetVector(const QVSpectrum& spectrum, const QVMeasureConditions& conditions)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "CMetryService", "GetVector");
+    QVI_TRACE_PARAMETER("spectrum", spectrum);
+    QVI_TRACE_PARAMETER("ColorSpace", conditions.colorSpace);
+    QVI_TRACE_CALL();
     // The colour space as GetMeasureCondition(kColorSpaceKey) gives it, read
     // in place.
     const String& space = conditions.colorSpace;
@@ -90,11 +95,16 @@ QVColorVector CMetryService::GetVector(const QVSpectrum& spectrum, const QVMeasu
     if (!ok) {
         RaiseCalculatorFailure();
     }
+    QVI_TRACE_RETURN(out[0], ", ", out[1], ", ", out[2]);
     return out;
 }
 
 QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String& colorSpace)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "CMetryService", "GetVector");
+    QVI_TRACE_PARAMETER("vector", vector);
+    QVI_TRACE_PARAMETER("colorSpace", colorSpace);
+    QVI_TRACE_CALL();
     if (vector.GetMeasureConditions().GetMeasureCondition(kColorSpaceKey) == colorSpace) {
         return vector;
     }
@@ -138,6 +148,9 @@ QVColorVector CMetryService::GetVector(const QVColorVector& vector, const String
 float CMetryService::GetDeltaE(const QVSpectrum& first, const QVSpectrum& second,
                                const QVMeasureConditions& conditions, float p1, float p2, float p3)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "CMetryService", "GetDeltaE");
+    QVI_TRACE_PARAMETER("DeltaEFormula", conditions.deltaEFormula);
+    QVI_TRACE_CALL();
     const String& formula = conditions.deltaEFormula;
     float result = CMetryCalculator::FailedDifference;
     if (Is(formula, "CIELab")) {
@@ -160,11 +173,16 @@ float CMetryService::GetDeltaE(const QVSpectrum& first, const QVSpectrum& second
     if (result == CMetryCalculator::FailedDifference) {
         RaiseCalculatorFailure();
     }
+    QVI_TRACE_RETURN(result);
     return result;
 }
 
 float CMetryService::GetDeltaE(const QVColorVector& first, const QVColorVector& second, float p1, float p2, float p3)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "CMetryService", "GetDeltaE");
+    QVI_TRACE_PARAMETER("first", first);
+    QVI_TRACE_PARAMETER("second", second);
+    QVI_TRACE_CALL();
     const String formula = first.GetMeasureConditions().GetMeasureCondition(kDeltaEFormulaKey);
     float result = CMetryCalculator::FailedDifference;
     if (formula == String("CIELab") || formula == String("94")) {
@@ -189,6 +207,7 @@ float CMetryService::GetDeltaE(const QVColorVector& first, const QVColorVector& 
 
 QVColorVector CMetryService::GetDeltaVector(const QVColorVector& first, const QVColorVector& second)
 {
+    QVI_TRACE(nullptr, "CMetry", "CMetryService", "GetDeltaVector");
     QVMeasureConditions conditions(first.GetMeasureConditions());
     const String type = conditions.GetMeasureCondition(kColorSpaceKey);
     QVColorVector out;
@@ -217,6 +236,7 @@ const Utilities::Vector<String>& CMetryService::GetSupportedValues(const String&
 float CMetryService::GetMetamery(const QVSpectrum& first, const QVSpectrum& second,
                                  const QVMeasureConditions& conditions, const QVMeasureConditions& secondIlluminant)
 {
+    QVI_TRACE(nullptr, "CMetry", "CMetryService", "GetMetamery");
     const float result =
         CMetryCalculator::GetMetamery(first, second, conditions, secondIlluminant.GetIllumination());
     if (result == CMetryCalculator::FailedDifference) {
@@ -227,6 +247,7 @@ float CMetryService::GetMetamery(const QVSpectrum& first, const QVSpectrum& seco
 
 String CMetryService::GetColorType(const QVSpectrum& spectrum)
 {
+    QVI_TRACE(nullptr, "CMetry", "CMetryService", "GetColorType");
     static const char* const kNames[] = {"Magenta", nullptr, "Blue",  "Cyan",  "Turquo", "Green", "Olive", "YellowGreen",
                                          "Beige",   "Brown", "Yellow", "Orange", "Red",  "White", "Gray",  "Black"};
     const ColorTYPE type = CMetryCalculator::GetColorType(spectrum);
@@ -239,12 +260,16 @@ String CMetryService::GetColorType(const QVSpectrum& spectrum)
 
 float CMetryService::GetColorTemperature(const QVSpectrum& spectrum)
 {
+    QVI_TRACE(nullptr, "CMetry", "CMetryService", "GetColorTemperature");
     ColorTemperature search;
     return search.GetColorTemperature(spectrum);
 }
 
 QVSpectrum CMetryService::GetSpectrum(const QVColorVector& vector)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "CMetryService", "GetSpectrum");
+    QVI_TRACE_PARAMETER("vector", vector);
+    QVI_TRACE_CALL();
     const QVColorVector lab = GetVector(vector, String("CIELab"));
     QVSpectrum spectrum;
     if (!asLab2Spec.GetSpectrum(lab, spectrum, 0.1, false, 1000)) {

@@ -2,6 +2,7 @@
 
 #include "qvimanager/diagnostics/memory_manager.h"
 #include "qvimanager/diagnostics/publisher.h"
+#include "qvimanager/diagnostics/trace.h"
 
 #include <mutex>
 
@@ -99,6 +100,8 @@ void DiagnosticKit::UnregisterPublisher(Publisher* publisher)
 
 DiagnosticKit::InstanceRemover::~InstanceRemover()
 {
+    // No trace point may make the kit and its publisher anew from here on.
+    TraceSwitch::Close();
     const Hold hold(PoolGuard());
     delete psmInstance;
     psmInstance = nullptr;
