@@ -4,6 +4,7 @@
 
 #include "qvimanager/components/component_factory.h"
 
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/foundation/exception.h"
 
 #include <new>
@@ -71,8 +72,8 @@ void ComponentFactory::RegisterCreator(ComponentCreatorBase* creator)
     }
     if (creators.Find(name).IsValid()) {
         // The first registration wins; the second creator stays unused.
-        Diagnostics::String duplicate(name.GetCharPointer());
-        duplicate += " component already registered in ComponentFactory; Remove one of it from DLL";
+        QVI_TRACE_MESSAGE(this, "Utilities", "ComponentFactory", "RegisterCreator", name,
+                          " component already registered in ComponentFactory; Remove one of it from DLL");
         return;
     }
     creators[name] = creator;
@@ -119,11 +120,8 @@ bool ComponentFactory::HasInstances()
     for (MapIterator<String, ComponentCreatorBase*> entry = creators.Begin(); entry.IsValid(); entry++) {
         const unsigned long count = entry.GetValue()->GetInstanceCount();
         if (count != 0) {
-            Diagnostics::String stillAlive("Component ");
-            stillAlive += entry.GetKey().GetCharPointer();
-            stillAlive += " has still ";
-            stillAlive += Diagnostics::String(count);
-            stillAlive += " instance(s)";
+            QVI_TRACE_MESSAGE(this, "Utilities", "ComponentFactory", "HasInstances", "Component ", entry.GetKey(),
+                              " has still ", count, " instance(s)");
             hasInstances = true;
         }
     }
@@ -134,9 +132,8 @@ void ComponentFactory::PrepareForUnload()
 {
     for (MapIterator<String, ComponentCreatorBase*> entry = creators.Begin(); entry.IsValid(); entry++) {
         if (!entry.GetValue()->PrepareForUnload()) {
-            Diagnostics::String notReady("Component ");
-            notReady += entry.GetKey().GetCharPointer();
-            notReady += " didn't prepare for unload.";
+            QVI_TRACE_MESSAGE(this, "Utilities", "ComponentFactory", "PrepareForUnload", "Component ", entry.GetKey(),
+                              " didn't prepare for unload.");
         }
     }
 }

@@ -66,13 +66,12 @@ public:
     void Resolve(const String& name, SmartPointer<Component>* out);
 
     // True if any creator counts live instances. Asks every creator, in map
-    // order, and forms "Component <name> has still <count> instance(s)" for
-    // each that has some; that text reaches nobody yet.
+    // order, and traces "Component <name> has still <count> instance(s)" for
+    // each that has some (package "Utilities", class "ComponentFactory").
     bool HasInstances();
 
-    // Asks every creator to prepare for unload and forms "Component <name>
-    // didn't prepare for unload." for each that answers false; that text
-    // reaches nobody yet. No result.
+    // Asks every creator to prepare for unload and traces "Component <name>
+    // didn't prepare for unload." for each that answers false. No result.
     void PrepareForUnload();
 
     // "ComponentFactory".

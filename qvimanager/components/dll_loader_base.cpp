@@ -1,5 +1,6 @@
 #include "qvimanager/components/dll_loader_base.h"
 
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/foundation/exception.h"
 
 namespace Utilities {
@@ -45,6 +46,9 @@ const List<Map<String, Anything>>& DllLoaderBase::GetComponentDescriptors()
 
 void DllLoaderBase::Resolve(const String& name, SmartPointer<Component>* out)
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "DllLoaderBase", "Resolve");
+    QVI_TRACE_PARAMETER("name", name);
+    QVI_TRACE_CALL();
     EnsureLoaded();
     if (resolve == nullptr) {
         throw ExceptionDllLoader(String(kNoEntryPoints));
@@ -54,6 +58,9 @@ void DllLoaderBase::Resolve(const String& name, SmartPointer<Component>* out)
 
 void DllLoaderBase::PrepareForUnload()
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "DllLoaderBase", "PrepareForUnload");
+    QVI_TRACE_PARAMETER("dll", dllName);
+    QVI_TRACE_CALL();
     if (!IsDLLLoaded()) {
         return;
     }
@@ -109,6 +116,9 @@ bool DllLoaderBase::IsValidPluginDLL()
 
 void DllLoaderBase::UnloadDLLIfPossible()
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "DllLoaderBase", "UnloadDLLIfPossible");
+    QVI_TRACE_PARAMETER("dll", dllName);
+    QVI_TRACE_CALL();
     if (!IsDLLLoaded()) {
         return;
     }
@@ -119,9 +129,8 @@ void DllLoaderBase::UnloadDLLIfPossible()
         return;
     }
     if (!UnloadDLL()) {
-        Diagnostics::String notUnloaded("Warning - DLL \"");
-        notUnloaded += dllName.GetCharPointer();
-        notUnloaded += "\" has not been unloaded.";
+        QVI_TRACE_MESSAGE(this, "Utilities", "DllLoaderBase", "UnloadDLLIfPossible", "Warning - DLL \"", dllName,
+                          "\" has not been unloaded.");
     }
     resolve = nullptr;
     getComponentDescriptors = nullptr;

@@ -2,6 +2,7 @@
 
 #include "qvimanager/components/dll_loader.h"
 #include "qvimanager/components/local_loader.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/foundation/exception.h"
 #include "qvimanager/platform/directory.h"
 #include "qvimanager/platform/file.h"
@@ -40,16 +41,18 @@ NamingService::NamingService() : componentLoaders(), descriptors(), testHooks(),
     try {
         RegisterLocalComponentsAndPlugins();
     } catch (const Exception& failure) {
-        Diagnostics::String text("NamingService initialization: Unexpected exception occured: ");
-        text += failure.GetExceptionText().GetCharPointer();
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "NamingService",
+                          "NamingService initialization: Unexpected exception occured: ", failure.GetExceptionText());
     } catch (...) {
-        Diagnostics::String text("NamingService initialization: Unexpected exception occured.");
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "NamingService",
+                          "NamingService initialization: Unexpected exception occured.");
     }
     psmStartingInstance = nullptr;
 }
 
 void NamingService::RegisterLocalComponentsAndPlugins()
 {
+    QVI_TRACE(this, "Utilities", "NamingService", "RegisterLocalComponentsAndPlugins");
     // The library's own components come first and set the baseline that
     // plug-ins must beat.
     RegisterComponents(SmartPointer<DllLoaderBase>(new LocalLoader()));
@@ -57,7 +60,8 @@ void NamingService::RegisterLocalComponentsAndPlugins()
     SmartPointer<Directory> application = Directory::NewInstance(Directory::ApplicationDirectory);
     std::vector<SmartPointer<Directory>> plugins = application->GetFirstDirectory(String("plugins"));
     if (plugins.empty()) {
-        Diagnostics::String text("NamingService: No plugin subdirectory exist in applications directory.");
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterLocalComponentsAndPlugins",
+                          "NamingService: No plugin subdirectory exist in applications directory.");
         return;
     }
     std::vector<SmartPointer<File>> files = plugins.front()->GetFirstFile(String("*"), String("dll"));
@@ -87,14 +91,16 @@ NamingService::~NamingService()
             }
         }
     } catch (const ExceptionDllLoader& failure) {
-        Diagnostics::String text("NamingService: Exception thrown in preparing for unload. Exception Text: ");
-        text += failure.GetExceptionText().GetCharPointer();
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "~NamingService",
+                          "NamingService: Exception thrown in preparing for unload. Exception Text: ",
+                          failure.GetExceptionText());
     } catch (const Exception& failure) {
         // Nothing can leave a destructor: any other failure ends the walk
         // the same way (the instrument manager, asked before it searched,
         // refuses so).
-        Diagnostics::String text("NamingService: Exception thrown in preparing for unload. Exception Text: ");
-        text += failure.GetExceptionText().GetCharPointer();
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "~NamingService",
+                          "NamingService: Exception thrown in preparing for unload. Exception Text: ",
+                          failure.GetExceptionText());
     } catch (...) {
     }
 }
@@ -119,6 +125,7 @@ NamingService* NamingService::Instance()
 
 void NamingService::ReleaseInstance()
 {
+    QVI_TRACE(nullptr, "Utilities", "NamingService", "ReleaseInstance");
     if (psmNamingServiceInstance == Released()) {
         return;
     }
@@ -132,6 +139,9 @@ void NamingService::ReleaseInstance()
 
 void NamingService::Resolve(const String& name, SmartPointer<Component>* out)
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "NamingService", "Resolve");
+    QVI_TRACE_PARAMETER("name", name);
+    QVI_TRACE_CALL();
     if (testHooks.IsValid() && testHooks->ResolveHook(name, out)) {
         return;
     }
@@ -140,18 +150,22 @@ void NamingService::Resolve(const String& name, SmartPointer<Component>* out)
         try {
             found.GetValue()->Resolve(name, out);
         } catch (const ExceptionDllLoader& failure) {
-            Diagnostics::String text("NamingService: Exception thrown in Resolve. Exception Text: ");
-            text += failure.GetExceptionText().GetCharPointer();
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "Resolve",
+                              "NamingService: Exception thrown in Resolve. Exception Text: ",
+                              failure.GetExceptionText());
         }
         return;
     }
-    Diagnostics::String notFound("Component \"");
-    notFound += name.GetCharPointer();
-    notFound += "\" could not be found in NamingService!";
+    QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "Resolve", "Component \"", name,
+                      "\" could not be found in NamingService!");
 }
 
 void NamingService::Resolve(const String& name, const String& poolName, SmartPointer<Component>* out, bool& created)
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "NamingService", "Resolve");
+    QVI_TRACE_PARAMETER("name", name);
+    QVI_TRACE_PARAMETER("poolName", poolName);
+    QVI_TRACE_CALL();
     created = false;
     const String poolKey = name + String(":") + poolName;
     MapIterator<String, SmartPointer<Component>> pooled = componentPool.Find(poolKey);
@@ -173,14 +187,12 @@ void NamingService::AddComponentToPool(const String& poolKey, SmartPointer<Compo
         if (entry.GetValue().operator->() == component.operator->()) {
             // A singleton, already pooled under another pool name.
             component = SmartPointer<Component>();
-            Diagnostics::String text("NamingService: Can't add component into the pool with the name \"");
-            text += poolKey.GetToken(1, ':').GetCharPointer();
-            text += "\".\n               Component \"";
-            text += poolKey.GetToken(0, ':').GetCharPointer();
-            text += "\" is a singleton component\n               and already exists in the pool with the pool "
-                    "name: \"";
-            text += entry.GetKey().GetToken(1, ':').GetCharPointer();
-            text += "\".";
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "AddComponentToPool",
+                              "NamingService: Can't add component into the pool with the name \"",
+                              poolKey.GetToken(1, ':'), "\".\n               Component \"", poolKey.GetToken(0, ':'),
+                              "\" is a singleton component\n               and already exists in the pool with the "
+                              "pool name: \"",
+                              entry.GetKey().GetToken(1, ':'), "\".");
             return;
         }
     }
@@ -189,15 +201,17 @@ void NamingService::AddComponentToPool(const String& poolKey, SmartPointer<Compo
 
 void NamingService::RegisterComponents(SmartPointer<DllLoaderBase> loader)
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "NamingService", "RegisterComponents");
+    QVI_TRACE_PARAMETER("loader", loader->GetDLLName());
+    QVI_TRACE_CALL();
     const String dllName = loader->GetDLLName();
     const List<Map<String, Anything>> offered(loader->GetComponentDescriptors());
     for (ListIterator<Map<String, Anything>> entry = offered.Begin(); entry.IsValid(); entry++) {
         const Map<String, Anything>& descriptor = entry.Current();
         MapIterator<String, Anything> nameEntry = descriptor.Find(String("name"));
         if (!nameEntry.IsValid()) {
-            Diagnostics::String text("NamingService: Component DLL: ");
-            text += dllName.GetCharPointer();
-            text += " contains a component without a name tag in the descriptor.";
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents", "NamingService: Component DLL: ",
+                              dllName, " contains a component without a name tag in the descriptor.");
             continue;
         }
         const String name = nameEntry.GetValue().GetString();
@@ -206,18 +220,15 @@ void NamingService::RegisterComponents(SmartPointer<DllLoaderBase> loader)
         if (!registered.IsValid()) {
             componentLoaders[name] = loader;
             descriptors.Append(descriptor);
-            Diagnostics::String text("NamingService: Component added: ");
-            text += name.GetCharPointer();
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents",
+                              "NamingService: Component added: ", name);
             continue;
         }
 
         MapIterator<String, Anything> newVersionEntry = descriptor.Find(String("version"));
         if (!newVersionEntry.IsValid()) {
-            Diagnostics::String text("NamingService: Component: ");
-            text += name.GetCharPointer();
-            text += " in DLL: ";
-            text += dllName.GetCharPointer();
-            text += " contains no revision information";
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents", "NamingService: Component: ",
+                              name, " in DLL: ", dllName, " contains no revision information");
             continue;
         }
         NamingServiceIterator existing = GetNamingServiceIterator(String("name"), Anything(name));
@@ -229,55 +240,49 @@ void NamingService::RegisterComponents(SmartPointer<DllLoaderBase> loader)
         const String oldVersion = oldVersionEntry.GetValue().GetString();
         const String oldDllName = registered.GetValue()->GetDLLName();
         if (newVersion.GetTokenCount(' ') != 3 || oldVersion.GetTokenCount(' ') != 3) {
-            Diagnostics::String text("NamingService: Component: ");
-            text += name.GetCharPointer();
-            text += " (";
-            text += newVersion.GetCharPointer();
-            text += ") in DLL: ";
-            text += dllName.GetCharPointer();
-            text += " has a different revision format than same component (";
-            text += oldVersion.GetCharPointer();
-            text += ") in DLL:";
-            text += oldDllName.GetCharPointer();
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents", "NamingService: Component: ",
+                              name, " (", newVersion, ") in DLL: ", dllName,
+                              " has a different revision format than same component (", oldVersion, ") in DLL:",
+                              oldDllName);
             continue;
         }
         // The middle token compares as a decimal number: "1.10" is below
         // "1.9".
         const double newRevision = newVersion.GetToken(1, ' ').GetDouble();
         const double oldRevision = oldVersion.GetToken(1, ' ').GetDouble();
-        Diagnostics::String text("NamingService: Component: ");
-        text += name.GetCharPointer();
-        text += " in DLL: ";
-        text += dllName.GetCharPointer();
         if (newRevision > oldRevision) {
-            text += " is newer (and has been replaced) than the same component in DLL: ";
-            text += oldDllName.GetCharPointer();
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents", "NamingService: Component: ",
+                              name, " in DLL: ", dllName,
+                              " is newer (and has been replaced) than the same component in DLL: ", oldDllName);
             registered.GetValue() = loader;
             // The descriptor keeps its place in the list.
             existing.position.Current() = descriptor;
         } else {
             // A tie keeps the file registered first.
-            text += " is older than the same component in DLL: ";
-            text += oldDllName.GetCharPointer();
+            QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "RegisterComponents", "NamingService: Component: ",
+                              name, " in DLL: ", dllName, " is older than the same component in DLL: ", oldDllName);
         }
     }
 }
 
 void NamingService::LoadAdditionalPluginLibrary(const File& file)
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "NamingService", "LoadAdditionalPluginLibrary");
+    QVI_TRACE_PARAMETER("file", const_cast<File&>(file).GetPathWithName());
+    QVI_TRACE_CALL();
     SmartPointer<DllLoader> loader = DllLoader::NewInstance();
     if (!loader.IsValid()) {
-        Diagnostics::String text("NamingService: !!!! Can't create a DllLoader instance !!!! Perhaps NamingService "
-                                 "will not support all components !!!!");
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "LoadAdditionalPluginLibrary",
+                          "NamingService: !!!! Can't create a DllLoader instance !!!! Perhaps NamingService will not "
+                          "support all components !!!!");
         return;
     }
     // GetPathWithName changes nothing, though File does not declare it
     // const.
     loader->SetDLLName(const_cast<File&>(file).GetPathWithName());
     if (loader->IsValidPluginDLL()) {
-        Diagnostics::String text("NamingService: ");
-        text += loader->GetDLLName().GetCharPointer();
-        text += " a valid plugin DLL, is loaded into memory";
+        QVI_TRACE_MESSAGE(this, "Utilities", "NamingService", "LoadAdditionalPluginLibrary", "NamingService: ",
+                          loader->GetDLLName(), " a valid plugin DLL, is loaded into memory");
         // At exit, the static objects of a file (its creators) are destroyed
         // among the atexit handlers, latest first. The service must go
         // before them, since it asks the file's creators to prepare for

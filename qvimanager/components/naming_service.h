@@ -22,8 +22,9 @@
 // share it, and serialise LoadAdditionalPluginLibrary and pool use.
 //
 // What the service notices on the way (a component added or replaced, a
-// file skipped, a name not found) it forms as a diagnostic text at its
-// place; no result depends on those texts.
+// file skipped, a name not found) goes to the trace as a line of its own,
+// package "Utilities", class "NamingService", when tracing is on
+// (diagnostics/trace.h); no result depends on those lines.
 
 #include "qvimanager/components/component.h"
 #include "qvimanager/components/dll_loader_base.h"
@@ -134,7 +135,7 @@ protected:
     NamingService();
     // Releases the pooled components, then asks each file once to prepare
     // for unload, in the order of the registered components. A failure of
-    // one file ends that walk (its text is formed and dropped): an
+    // one file ends that walk (its text goes to the trace): an
     // ExceptionDllLoader, and, since nothing may leave a destructor, any
     // other exception too.
     virtual ~NamingService();

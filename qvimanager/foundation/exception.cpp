@@ -1,5 +1,6 @@
 #include "qvimanager/foundation/exception.h"
 
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/foundation/class_name.h"
 
 #include <typeinfo>
@@ -40,8 +41,7 @@ void Exception::TraceLifecycle(const char* moment) const
 {
     // Within the constructors and the destructor of Exception the run-time
     // class is Exception itself.
-    Diagnostics::String trace(moment);
-    trace += Exception::GetValueString();
+    QVI_TRACE_MESSAGE(this, "Utilities", "Exception", "TraceLifecycle", moment, Exception::GetValueString());
 }
 
 ExceptionResource::ExceptionResource(const String& exceptionText) : Exception(exceptionText) {}

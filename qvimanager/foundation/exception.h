@@ -42,10 +42,10 @@ protected:
 private:
     Exception& operator=(const Exception&);
 
-    // Forms the trace text of a moment of the exception's life ("Throw: ",
+    // Traces a moment of the exception's life ("Throw: ",
     // "Copy-Constructor: ", "Catch: ", then the run-time class name, ": " and
-    // the text). The text reaches nobody: it marks where a trace hook
-    // belongs.
+    // the text) as a line of package "Utilities", class "Exception", when
+    // tracing is on (diagnostics/trace.h).
     void TraceLifecycle(const char* moment) const;
 
     String* text;

@@ -1,6 +1,7 @@
 #include "qvimanager/instruments/instrument_events.h"
 
 #include "qvimanager/components/resolve.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/foundation/anything.h"
 #include "qvimanager/foundation/class_name.h"
 #include "qvimanager/foundation/containers.h"
@@ -49,10 +50,9 @@ InstrumentEvents_V1::InstrumentEvents_V1(const SmartPointer<Component>& instrume
 {
     messageService = Utilities::Resolve<GUI::MessageService>(String("MessageService"));
     if (!wait.Lock(-1)) {
-        // The failure is noted and dropped: polling then runs without a
-        // pause, and nothing is shown or raised.
-        Diagnostics::String note("Could lock Wait mutex.");
-        static_cast<void>(note);
+        // The failure goes to the trace and no further: polling then runs
+        // without a pause, and nothing is shown or raised.
+        QVI_TRACE_MESSAGE(this, "QVIManager", "InstrumentEvents_V1", "InstrumentEvents_V1", "Could lock Wait mutex.");
     }
     StartPolling();
 }
@@ -82,6 +82,7 @@ Diagnostics::String InstrumentEvents_V1::GetValueString() const
 
 long InstrumentEvents_V1::Run()
 {
+    QVI_TRACE(this, "QVIManager", "InstrumentEvents_V1", "Run");
     while (!ShouldThreadTerminate()) {
         try {
             // Times out: the constructing thread holds the mutex for good.
@@ -100,6 +101,9 @@ long InstrumentEvents_V1::Run()
 
 void InstrumentEvents_V1::RegisterCallback(const String& event, Utilities::Callback callback)
 {
+    QVI_TRACE_BEGIN(this, "QVIManager", "InstrumentEvents_V1", "RegisterCallback");
+    QVI_TRACE_PARAMETER("event", event);
+    QVI_TRACE_CALL();
     SmartPointer<List<String>> events(new List<String>);
     events->Append(event);
     // "Connection" is the one event that the instrument need not be told
@@ -112,11 +116,15 @@ void InstrumentEvents_V1::RegisterCallback(const String& event, Utilities::Callb
 
 void InstrumentEvents_V1::UnregisterCallback(const String& event)
 {
+    QVI_TRACE_BEGIN(this, "QVIManager", "InstrumentEvents_V1", "UnregisterCallback");
+    QVI_TRACE_PARAMETER("event", event);
+    QVI_TRACE_CALL();
     messageService->UnregisterCallback(event);
 }
 
 void InstrumentEvents_V1::StopPolling()
 {
+    QVI_TRACE(this, "QVIManager", "InstrumentEvents_V1", "StopPolling");
     if (polling != 1) {
         return;
     }
@@ -126,6 +134,7 @@ void InstrumentEvents_V1::StopPolling()
 
 void InstrumentEvents_V1::StartPolling()
 {
+    QVI_TRACE(this, "QVIManager", "InstrumentEvents_V1", "StartPolling");
     if (polling != 0) {
         return;
     }

@@ -63,7 +63,10 @@ class InstrumentEvents_V1 : public Utilities::Thread, public Utilities::Componen
 public:
     // Keeps `instrument` (which may be empty), resolves "MessageService"
     // (an empty result is no error), takes the wait mutex for good and
-    // starts polling. Without a thread implementation:
+    // starts polling. A wait mutex that cannot be taken is traced as
+    // "Could lock Wait mutex." (package "QVIManager", class
+    // "InstrumentEvents_V1"); polling then runs without a pause. Without a
+    // thread implementation:
     // ExceptionMultithreading, from StartThread.
     explicit InstrumentEvents_V1(const Utilities::SmartPointer<Utilities::Component>& instrument);
     // Stops the poll thread (KillThread(1000)) before any member goes.

@@ -4,6 +4,7 @@
 #include "qvimanager/components/naming_service.h"
 #include "qvimanager/components/naming_service_iterator.h"
 #include "qvimanager/components/resolve.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/instruments/interfaces/find_devices_v1.h"
 #include "qvimanager/instruments/interfaces/preferences.h"
 
@@ -36,6 +37,7 @@ SmartPointer<FindDevices_V1> FindDevicesOf(const SmartPointer<QVIInstrument>& in
 QVIInstrumentManager::QVIInstrumentManager()
     : connected(), drivers(new List<String>()), parameters()
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "QVIInstrumentManager");
     for (Utilities::NamingServiceIterator entry =
              Utilities::NamingService::Instance()->GetNamingServiceIterator(String("QVIInstrument"), Anything());
          entry.IsValid(); entry++) {
@@ -48,6 +50,7 @@ QVIInstrumentManager::~QVIInstrumentManager() = default;
 
 bool QVIInstrumentManager::PrepareForUnload()
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "PrepareForUnload");
     InstrumentMap& instruments = *connected;
     for (MapIterator<String, SmartPointer<QVIInstrument>> entry = instruments.Begin(); entry.IsValid(); entry++) {
         entry.GetValue() = SmartPointer<QVIInstrument>();
@@ -71,6 +74,7 @@ SmartPointer<QVIInstrumentManager::InstrumentMap> QVIInstrumentManager::GetListO
 
 void QVIInstrumentManager::FindAllInstruments()
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "FindAllInstruments");
     if (!connected.IsValid()) {
         connected = SmartPointer<InstrumentMap>(new InstrumentMap());
     } else {
@@ -102,12 +106,15 @@ void QVIInstrumentManager::FindAllInstruments()
             instrument = Resolve<QVIInstrument>(name, key);
             instrument->SetParameters(found);
             instrument->Connect();
+            QVI_TRACE_MESSAGE(this, "QVIManager", "QVIInstrumentManager", "FindAllInstruments",
+                              "QVIInstrumentManager: connected ", key);
         }
     }
 }
 
 SmartPointer<QVIInstrument> QVIInstrumentManager::GetRecentUsedInstrument(DeviceMap&)
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "GetRecentUsedInstrument");
     SmartPointer<Preferences> preferences = Resolve<Preferences>(String("Preferences"));
     const String section(kSection);
     const String recent = preferences->GetValue(section, String("RecentUsed"), String(""));
@@ -139,6 +146,7 @@ SmartPointer<QVIInstrument> QVIInstrumentManager::GetRecentUsedInstrument(Device
 
 void QVIInstrumentManager::SetUsedInstrument(SmartPointer<QVIInstrument> instrument)
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "SetUsedInstrument");
     if (!connected.IsValid() || !instrument.IsValid()) {
         return;
     }
@@ -156,6 +164,9 @@ void QVIInstrumentManager::SetUsedInstrument(const String&)
 
 void QVIInstrumentManager::DisconnectInstrument(String key)
 {
+    QVI_TRACE_BEGIN(this, "QVIManager", "QVIInstrumentManager", "DisconnectInstrument");
+    QVI_TRACE_PARAMETER("key", key);
+    QVI_TRACE_CALL();
     SmartPointer<QVIInstrument>& instrument = (*connected)[key];
     if (instrument.IsValid()) {
         instrument = SmartPointer<QVIInstrument>();
@@ -164,6 +175,7 @@ void QVIInstrumentManager::DisconnectInstrument(String key)
 
 void QVIInstrumentManager::WriteParameterMap(DeviceMap device)
 {
+    QVI_TRACE(this, "QVIManager", "QVIInstrumentManager", "WriteParameterMap");
     SmartPointer<Preferences> preferences = Resolve<Preferences>(String("Preferences"));
     const String section(kSection);
     String recent = device[String("Name")];

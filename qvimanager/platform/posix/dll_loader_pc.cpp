@@ -1,5 +1,6 @@
 #include "qvimanager/platform/posix/dll_loader_pc.h"
 
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/platform/posix/directory_pc.h"
 
 #include <cstdint>
@@ -65,6 +66,9 @@ bool DllLoader_PC::GetFunctionAdresses()
 
 bool DllLoader_PC::LoadDLL()
 {
+    QVI_TRACE_BEGIN(this, "Utilities", "DllLoader_PC", "LoadDLL");
+    QVI_TRACE_PARAMETER("dllName", dllName);
+    QVI_TRACE_CALL();
     String path = Directory_PC::ConvSeperatorDependend(dllName);
     if (path.FindSubstring(String("/"), 0) < 0) {
         // A file here, not a library to look up on the system's path.
@@ -72,10 +76,8 @@ bool DllLoader_PC::LoadDLL()
     }
     instanceHandle = dlopen(path.GetCharPointer(), RTLD_NOW | RTLD_LOCAL);
     if (instanceHandle == nullptr) {
-        Diagnostics::String failure("Can't load DLL: ");
-        failure += path.GetCharPointer();
-        failure += " - reason: ";
-        failure += LoaderReason();
+        QVI_TRACE_MESSAGE(this, "Utilities", "DllLoader_PC", "LoadDLL", "Can't load DLL: ", path, " - reason: ",
+                          LoaderReason());
         return false;
     }
     using LoadFailureFunction = const char* (*)();
@@ -84,10 +86,8 @@ bool DllLoader_PC::LoadDLL()
     if (registrationFailure != nullptr) {
         // The file could not register its components: as if it had not
         // loaded at all.
-        Diagnostics::String failure("Can't load DLL: ");
-        failure += path.GetCharPointer();
-        failure += " - reason: ";
-        failure += registrationFailure;
+        QVI_TRACE_MESSAGE(this, "Utilities", "DllLoader_PC", "LoadDLL", "Can't load DLL: ", path, " - reason: ",
+                          registrationFailure);
         dlclose(instanceHandle);
         instanceHandle = nullptr;
         return false;
@@ -97,6 +97,7 @@ bool DllLoader_PC::LoadDLL()
 
 bool DllLoader_PC::UnloadDLL()
 {
+    QVI_TRACE(this, "Utilities", "DllLoader_PC", "UnloadDLL");
     if (dlclose(instanceHandle) == 0) {
         instanceHandle = nullptr;
         return true;

@@ -24,8 +24,8 @@ protected:
     // Looks up the four entry points; keeps them only if all four exist.
     bool GetFunctionAdresses() override;
     // dlopen of the file, every symbol bound now, none shared with other
-    // files. A failure forms "Can't load DLL: <path> - reason: <the
-    // loader's text>", which reaches nobody yet.
+    // files. A failure traces "Can't load DLL: <path> - reason: <the
+    // loader's text>" (package "Utilities", class "DllLoader_PC").
     bool LoadDLL() override;
     // dlclose; true if it succeeded, and then the handle is cleared.
     bool UnloadDLL() override;

@@ -1,6 +1,7 @@
 #include "qvimanager/platform/posix/mutex_implementation_pc.h"
 
 #include "qvimanager/components/component_creator.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/platform/posix/cmutex.h"
 
 namespace Utilities {
@@ -51,8 +52,8 @@ bool MutexImplementation_PC::Lock(long timeout)
 void MutexImplementation_PC::Unlock()
 {
     if (mutex->Unlock() == 0) {
-        Diagnostics::String failure("Could not unlock CMutex. Error number: ");
-        failure += Diagnostics::String(CMutex::GetLastError());
+        QVI_TRACE_MESSAGE(this, "Utilities", "MutexImplementation_PC", "Unlock",
+                          "Could not unlock CMutex. Error number: ", CMutex::GetLastError());
     }
 }
 

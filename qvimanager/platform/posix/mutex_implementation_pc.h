@@ -35,9 +35,10 @@ public:
     // True only if CMutex::Lock gives 1. Before Initialize:
     // ExceptionNullpointer "Failed to access to nullpointer.".
     bool Lock(long timeout) override;
-    // CMutex::Unlock. A failure forms "Could not unlock CMutex. Error
-    // number: " and the error number, and drops it: it has no visible
-    // effect. Before Initialize: ExceptionNullpointer as Lock.
+    // CMutex::Unlock. A failure traces "Could not unlock CMutex. Error
+    // number: " and the error number (package "Utilities", class
+    // "MutexImplementation_PC") and has no other effect. Before Initialize:
+    // ExceptionNullpointer as Lock.
     void Unlock() override;
 
 private:
