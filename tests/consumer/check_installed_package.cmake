@@ -59,6 +59,18 @@ foreach(package IN ITEMS installed build-tree)
   expect_ok("${build}/plugin_host" "consumer plugin: ok")
   expect_ok("${build}/thread_host" "consumer threads: ok")
   expect_ok("${build}/instruments/instrument_app" "consumer instruments: ok")
+  # The driver's trace point, with tracing switched on, in a working
+  # directory of its own.
+  set(trace_dir "${build}/trace")
+  file(MAKE_DIRECTORY "${trace_dir}")
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env QVIMANAGER_TRACE=1 -- "${build}/instruments/instrument_app"
+    WORKING_DIRECTORY "${trace_dir}" RESULT_VARIABLE result OUTPUT_QUIET)
+  file(READ "${trace_dir}/DebugOutput.txt" trace)
+  if(NOT result EQUAL 0 OR NOT trace MATCHES "CALL - 0x[0-9a-f]+ - MyDrivers::MyDriver::Connect - \\(\\)")
+    message(NOTICE "${trace}")
+    message(FATAL_ERROR "the driver's trace point did not reach DebugOutput.txt")
+  endif()
+  message(STATUS "${build}/instruments/instrument_app traced: ok")
 endforeach()
 
 # The kit refuses a plug-in without sources, saying why.

@@ -1,5 +1,6 @@
 // my_driver.cpp
 #include <qvimanager/components/component_creator.h>
+#include <qvimanager/diagnostics/trace.h>
 #include <qvimanager/instruments/interfaces/find_devices_v1.h>
 #include <qvimanager/instruments/interfaces/instrument_buttons_v1.h>
 #include <qvimanager/instruments/interfaces/qvi_instrument.h>
@@ -60,6 +61,7 @@ public:
     }
     void Connect() override
     {
+        QVI_TRACE(this, "MyDrivers", "MyDriver", "Connect");   // logged when tracing is on
         // open parameters[String("Port")]
     }
 
