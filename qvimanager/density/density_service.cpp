@@ -7,6 +7,7 @@
 #include "qvimanager/cmetry/exception_cmetry.h"
 #include "qvimanager/density/density_calculator.h"
 #include "qvimanager/density/density_filter.h"
+#include "qvimanager/diagnostics/trace.h"
 #include "qvimanager/platform/language_service_interface.h"
 
 using Utilities::String;
@@ -89,12 +90,14 @@ Diagnostics::String DensityService::GetValueString() const
 
 float DensityService::GetDensity(const QVSpectrum& spectrum, const QVMeasureConditions& conditions)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "GetDensity");
     QVDensFilterTYPE filter;
     return CheckedDensity(spectrum, conditions, filter);
 }
 
 String DensityService::GetDensityFilterName(const QVSpectrum& spectrum, const QVMeasureConditions& conditions)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "GetDensityFilterName");
     QVDensFilterTYPE filter;
     CheckedDensity(spectrum, conditions, filter);
     DensityFilterModeTYPE mode = DensityFilterModeUndefined;
@@ -107,6 +110,9 @@ String DensityService::GetDensityFilterName(const QVSpectrum& spectrum, const QV
 float DensityService::GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid,
                                  const QVMeasureConditions& conditions, float nominalPercent)
 {
+    QVI_TRACE_BEGIN(nullptr, "CMetry", "DensityService", "GetDotGain");
+    QVI_TRACE_PARAMETER("nominalPercent", nominalPercent);
+    QVI_TRACE_CALL();
     // The dot area reads no calibration; the neutral cell during the call
     // (and after a failure) is part of the observable behaviour.
     const SavedCalibration saved = Neutralise(conditions);
@@ -124,6 +130,7 @@ float DensityService::GetDotGain(const QVSpectrum& tint, const QVSpectrum& solid
 float DensityService::GetSlur(const Utilities::Vector<QVSpectrum>& tints, const QVSpectrum& solid,
                               const QVMeasureConditions& conditions)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "GetSlur");
     const unsigned long count = tints.GetSize();
     if (count <= 1) {
         return 0.0f;
@@ -158,6 +165,7 @@ float DensityService::GetSlur(const Utilities::Vector<QVSpectrum>& tints, const 
 
 void DensityService::SetPaperWhite(const QVSpectrum& spectrum)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "SetPaperWhite");
     Utilities::SmartPointer<QVSample> sample(new QVSample());
     sample->SetSpectrum(spectrum);
     BaseCalculator::SetPaperWhitePointer(sample);
@@ -174,6 +182,7 @@ Utilities::Vector<QVSpectrum> DensityService::GetUserdefinedFilter()
 
 void DensityService::SetUserdefinedFilter(const Utilities::Vector<QVSpectrum>& filters)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "SetUserdefinedFilter");
     // Entry by entry through the vector's checked index: with n < 4 entries
     // filters 0 to n - 1 are stored before the vector raises at index n.
     for (unsigned long i = 0; i < 4; ++i) {
@@ -189,6 +198,7 @@ void DensityService::SetUserdefinedFilter(const Utilities::Vector<QVSpectrum>& f
 void DensityService::SetDensityCalibration(const QVMeasureConditions& conditions, Calibration slope,
                                            Calibration offset)
 {
+    QVI_TRACE(nullptr, "CMetry", "DensityService", "SetDensityCalibration");
     float slopes[4];
     float offsets[4];
     for (unsigned long f = 0; f < 4; ++f) {
