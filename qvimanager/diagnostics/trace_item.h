@@ -13,7 +13,9 @@
 //                                       // RETURN - 0x... - Cmetry::QVSpectrum::SetValue - {1}
 //
 // Whether a function is traced at all is for the caller to ask first
-// (IsDiagnosticsToBeCarriedOut); the trace object itself always logs.
+// (IsDiagnosticsToBeCarriedOut); the trace object itself always logs. The
+// trace points of the library (trace.h) ask once per site, and only when
+// tracing is switched on.
 //
 // The lines go through the DiagnosticKit to its publishers; the first trace
 // object makes the WinDebugPublisher, which writes them to
