@@ -3,7 +3,8 @@
 
 // The engine's most frequent call, Lab of a spectrum under unchanged
 // conditions, and the bare arithmetic it needs (BareLabKernel, registered by
-// lab_bench.cpp).
+// lab_bench.cpp). Shared by the suite and the programs that compare a
+// trace point filtered out with none (trace_cost_bench.cpp).
 
 #include <qvimanager/qvimanager.h>
 
