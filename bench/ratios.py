@@ -32,10 +32,14 @@ SCAN_LIMIT_MS = 20.0
 TO_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
+def plain_name(name):
+    """The benchmark's name without the pieces that the benchmark options
+    add (/iterations:N, /min_time:T, /repeats:N, /manual_time, /real_time)."""
+    return re.sub(r"/(iterations:\d+|min_time:[\d.]+|repeats:\d+|manual_time|real_time)", "", name)
+
+
 def medians(path):
-    """{name: entry} with times in ns; names without the pieces that the
-    benchmark options add (/iterations:N, /min_time:T, /repeats:N,
-    /manual_time)."""
+    """{name: entry} with times in ns, under their plain names."""
     with open(path, encoding="utf-8") as handle:
         report = json.load(handle)
     entries = {}
@@ -52,7 +56,7 @@ def medians(path):
                 continue
             name = entry["run_name"]
         manual = "/manual_time" in name
-        name = re.sub(r"/(iterations:\d+|min_time:[\d.]+|repeats:\d+|manual_time|real_time)", "", name)
+        name = plain_name(name)
         scale = TO_NS[entry.get("time_unit", "ns")]
         entries[name] = {
             "cpu": entry["cpu_time"] * scale,

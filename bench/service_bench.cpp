@@ -2,6 +2,8 @@
 // differences, reconstruction and densities, with the conditions a caller
 // passes in.
 
+#include "lab_bench.h"
+
 #include <qvimanager/qvimanager.h>
 
 #include <benchmark/benchmark.h>
@@ -16,36 +18,9 @@ using Utilities::String;
 
 namespace {
 
-QVSpectrum Ramp(float start, float step)
-{
-    float values[36];
-    for (int i = 0; i < 36; ++i) {
-        values[i] = start + step * static_cast<float>(i);
-    }
-    return QVSpectrum(values);
-}
-
-QVMeasureConditions Conditions(const char* space, const char* illumination)
-{
-    QVMeasureConditions conditions;
-    conditions.SetMeasureCondition(String("ColorSpaceDescription.Type"), String(space));
-    conditions.SetMeasureCondition(String("Colorimetric.Illumination"), String(illumination));
-    conditions.SetMeasureCondition(String("Colorimetric.WhiteBase"), String("Absolute"));
-    return conditions;
-}
-
-// One colour space under the same conditions call after call: the weight
-// factors are built once.
-void GetVectorUnchanged(benchmark::State& state, const char* space)
-{
-    const QVSpectrum spectrum = Ramp(0.2f, 0.015f);
-    const QVMeasureConditions conditions = Conditions(space, "D50");
-    for (auto _ : state) {
-        QVColorVector vector = CMetryService::GetVector(spectrum, conditions);
-        benchmark::DoNotOptimize(vector);
-    }
-    state.SetItemsProcessed(state.iterations());
-}
+using Bench::Conditions;
+using Bench::GetVectorUnchanged;
+using Bench::Ramp;
 
 void ServiceLabUnchanged(benchmark::State& state)
 {
