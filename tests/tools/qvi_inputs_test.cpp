@@ -370,17 +370,18 @@ TEST_F(QviCommandLine, AnOptionThatDoesNotApplyIsRefused)
         {{"color", kChart, "--cmc", "2:1"}, "qvi: --cmc does not apply to qvi color: it sets the CMC weights, for "
                                             "delta-e\n"},
         {{"cct", kIlluminants, "--illuminant", "D50"},
-         "qvi: --illuminant does not apply to qvi cct: it sets the illuminant of colour values, for color, delta-e "
-         "and spectrum\n"},
+         "qvi: --illuminant does not apply to qvi cct: it sets the illuminant of colour values, for color, delta-e, "
+         "spectrum and measure\n"},
         {{"density", kChart, "--space", "CIEXYZ"}, "qvi: --space does not apply to qvi density: it sets the colour "
-                                                   "space, for color\n"},
+                                                   "space, for color and measure\n"},
         {{"delta-e", kChart, kOtherChart, "--paper-white", "19"},
          "qvi: --paper-white does not apply to qvi delta-e: it sets the paper white, for color and density\n"},
         {{"spectrum", "50", "0", "0", "--scale", "100"},
          "qvi: --scale does not apply to qvi spectrum: it sets how reflectance in the input files is read, for "
          "color, delta-e, density and cct\n"},
         {{"conditions", "--decimals", "2"}, "qvi: --decimals does not apply to qvi conditions: it sets the decimals "
-                                            "of the numbers, for color, delta-e, density, cct and spectrum\n"}};
+                                            "of the numbers, for color, delta-e, density, cct, spectrum and "
+                                            "measure\n"}};
     for (const auto& [arguments, expected] : cases) {
         SCOPED_TRACE(arguments[0]);
         const Outcome outcome = Qvi(arguments);

@@ -5,9 +5,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <condition_variable>
 #include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -999,6 +1002,304 @@ std::unique_ptr<ResultSet> Conditions(const Options& options)
             values.push_back("2000 (CIEDE2000)");
         }
         result->Add({key, value, Join(values, "; ")});
+    }
+    return result;
+}
+
+namespace {
+
+const char* const kManagerSection = "QVIInstrumentManager";
+
+using InstrumentPointer = Utilities::SmartPointer<QVIManager::QVIInstrument>;
+
+// The instrument manager, the library's own component.
+Utilities::SmartPointer<QVIManager::QVIInstrumentManager> Manager()
+{
+    Utilities::SmartPointer<QVIManager::QVIInstrumentManager> manager =
+        Utilities::Resolve<QVIManager::QVIInstrumentManager>(String("QVIInstrumentManager"));
+    if (!manager.IsValid()) {
+        throw LibraryError("the library's instrument manager is not there");
+    }
+    return manager;
+}
+
+// The manager's search, its refusals in qvi's words.
+void FindAll(QVIManager::QVIInstrumentManager& manager)
+{
+    try {
+        manager.FindAllInstruments();
+    } catch (const char* text) {
+        // A driver handed over a device without "SerialNumber".
+        throw LibraryError(std::string("searching the instruments: ") + text);
+    } catch (const Utilities::Exception& failure) {
+        throw LibraryError("searching the instruments: " + LibraryText(failure));
+    }
+}
+
+// "NAME_SERIAL of DRIVER" from the preferences store, "" when none is kept
+// (or there is no store).
+std::string RecentInstrument(std::string* driver = nullptr)
+{
+    Utilities::SmartPointer<QVIManager::Preferences> preferences =
+        Utilities::Resolve<QVIManager::Preferences>(String("Preferences"));
+    if (!preferences.IsValid()) {
+        return "";
+    }
+    const String section(kManagerSection);
+    const std::string recent = Text(preferences->GetValue(section, String("RecentUsed"), String("")));
+    if (driver != nullptr) {
+        *driver = Text(preferences->GetValue(section, String("RUDriver"), String("")));
+    }
+    return recent;
+}
+
+std::string Field(const QVIManager::QVIInstrumentManager::DeviceMap& device, const char* key)
+{
+    Utilities::MapIterator<String, String> found = device.Find(String(key));
+    return found.IsValid() ? Text(found.GetValue()) : std::string();
+}
+
+// Waits for the instrument's button: an InstrumentEvents_V1 polls it, and
+// the callback registered for "Button" wakes the waiting thread. A
+// "Connection" event (the device went away) ends the wait with a refusal.
+class ButtonWait {
+public:
+    explicit ButtonWait(const InstrumentPointer& instrument)
+        : state(std::make_shared<State>()),
+          events(Utilities::DynamicCast<Utilities::Component>(instrument))
+    {
+        events.RegisterCallback(String("Button"), Utilities::Callback(Utilities::SmartPointer<Utilities::CallbackImplementation>(
+                                                      new Listener(state, false))));
+        events.RegisterCallback(String("Connection"), Utilities::Callback(Utilities::SmartPointer<Utilities::CallbackImplementation>(
+                                                          new Listener(state, true))));
+    }
+    ~ButtonWait()
+    {
+        try {
+            events.UnregisterCallback(String("Button"));
+            events.UnregisterCallback(String("Connection"));
+        } catch (...) {
+        }
+    }
+    ButtonWait(const ButtonWait&) = delete;
+    ButtonWait& operator=(const ButtonWait&) = delete;
+
+    // Blocks until the next press; false when the device was disconnected.
+    bool Next()
+    {
+        std::unique_lock<std::mutex> hold(state->guard);
+        state->changed.wait(hold, [&] { return state->presses > 0 || state->disconnected; });
+        if (state->presses > 0) {
+            --state->presses;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    struct State {
+        std::mutex guard;
+        std::condition_variable changed;
+        long presses = 0;
+        bool disconnected = false;
+    };
+    class Listener : public Utilities::CallbackImplementation {
+    public:
+        Listener(std::shared_ptr<State> state, bool connection) : state(std::move(state)), connection(connection) {}
+        long Execute(const Utilities::Anything&) override
+        {
+            {
+                const std::lock_guard<std::mutex> hold(state->guard);
+                if (connection) {
+                    state->disconnected = true;
+                } else {
+                    ++state->presses;
+                }
+            }
+            state->changed.notify_all();
+            return 0;
+        }
+        bool IsValid() const override { return true; }
+
+    private:
+        std::shared_ptr<State> state;
+        bool connection;
+    };
+
+    std::shared_ptr<State> state;
+    QVIManager::InstrumentEvents_V1 events;
+};
+
+} // namespace
+
+std::unique_ptr<ResultSet> Instruments(const Options& options)
+{
+    NeedArguments(options, 0);
+    Utilities::SmartPointer<QVIManager::QVIInstrumentManager> manager = Manager();
+    auto result = std::make_unique<ResultSet>(std::vector<Column>{{"DRIVER", true},
+                                                                  {"DEVICE_KEY", true},
+                                                                  {"NAME", true},
+                                                                  {"SERIAL", true},
+                                                                  {"TRANSPORT", true},
+                                                                  {"PORT", true},
+                                                                  {"AVAILABLE", true}});
+    result->keywords = {{"ORIGINATOR", "qvi"}, {"DESCRIPTOR", "instrument drivers and their devices"}};
+    Utilities::SmartPointer<Utilities::List<String>> drivers = manager->GetListOfInstrumentDrivers();
+    std::size_t devices = 0;
+    for (Utilities::ListIterator<String> driver = drivers->Begin(); driver.IsValid(); driver++) {
+        const std::string name = Text(driver.Current());
+        Utilities::SmartPointer<QVIManager::FindDevices_V1> finder;
+        try {
+            InstrumentPointer probe = Utilities::Resolve<QVIManager::QVIInstrument>(driver.Current());
+            if (probe.IsValid()) {
+                finder = Utilities::DynamicCast<QVIManager::FindDevices_V1>(
+                    probe->GetInterface(String("FindDevices_V1")));
+            }
+        } catch (const Utilities::Exception& failure) {
+            throw LibraryError("driver " + name + ": " + LibraryText(failure));
+        }
+        if (!finder.IsValid()) {
+            // A driver that finds no devices itself.
+            result->Add({name, "", "", "", "", "", ""});
+            continue;
+        }
+        Utilities::List<QVIManager::QVIInstrumentManager::DeviceMap> found;
+        try {
+            found = finder->FindDevices();
+        } catch (const Utilities::Exception& failure) {
+            throw LibraryError("driver " + name + ": " + LibraryText(failure));
+        }
+        if (found.GetItemCount() == 0) {
+            result->Add({name, "", "", "", "", "", ""});
+        }
+        for (Utilities::ListIterator<QVIManager::QVIInstrumentManager::DeviceMap> device = found.Begin(); device.IsValid();
+             device++) {
+            const QVIManager::QVIInstrumentManager::DeviceMap& map = device.Current();
+            const std::string serial = Field(map, "SerialNumber");
+            bool available = false;
+            try {
+                available = finder->IsDeviceAvailable(map);
+            } catch (const Utilities::Exception&) {
+                // A device that cannot be checked is not available.
+            }
+            result->Add({name, serial.empty() ? "" : name + "_" + serial, Field(map, "Name"), serial,
+                         Field(map, "Transport"), Field(map, "Port"), available ? "yes" : "no"});
+            ++devices;
+        }
+    }
+    std::string recentDriver;
+    const std::string recent = RecentInstrument(&recentDriver);
+    result->summary = {{"drivers", std::to_string(drivers->GetItemCount())},
+                       {"devices", std::to_string(devices)},
+                       {"recent", recent.empty() ? "none" : recent + " (" + recentDriver + ")",
+                        SummaryEntry::Kind::Text}};
+    return result;
+}
+
+std::unique_ptr<ResultSet> Measure(const Options& options)
+{
+    NeedArguments(options, 0);
+    const CMetry::QVMeasureConditions conditions =
+        BuildConditions("measure", options, {{kWhiteBase, "Absolute"}},
+                        [](const CMetry::QVMeasureConditions& trial) {
+                            CMetry::CMetryService::GetVector(Flat(0.5f, trial), trial);
+                        });
+    const std::vector<std::string> fields = SpaceFields(conditions);
+
+    Utilities::SmartPointer<QVIManager::QVIInstrumentManager> manager = Manager();
+    InstrumentPointer instrument;
+    std::string key = options.device;
+    try {
+        if (!key.empty()) {
+            FindAll(*manager);
+            Utilities::SmartPointer<QVIManager::QVIInstrumentManager::InstrumentMap> connected =
+                manager->GetListOfConnectedInstruments();
+            Utilities::MapIterator<String, InstrumentPointer> found = connected->Find(String(key.c_str()));
+            if (!found.IsValid() || !found.GetValue().IsValid()) {
+                throw LibraryError("--device " + key + ": no such device (qvi instruments lists them)");
+            }
+            instrument = found.GetValue();
+        } else {
+            QVIManager::QVIInstrumentManager::DeviceMap unused;
+            instrument = manager->GetRecentUsedInstrument(unused);
+            std::string driver;
+            key = RecentInstrument(&driver);
+            if (!instrument.IsValid()) {
+                throw LibraryError(key.empty() ? std::string("no instrument was used yet: name one with --device KEY (qvi "
+                                                             "instruments lists them)")
+                                               : "the instrument used last, " + key + " (" + driver +
+                                                     "), is not available: name one with --device KEY (qvi "
+                                                     "instruments lists them)");
+            }
+            key += " (" + driver + ")";
+        }
+    } catch (const Utilities::Exception& failure) {
+        throw LibraryError("connecting the instrument: " + LibraryText(failure));
+    }
+    Utilities::SmartPointer<QVIManager::Measurement_V1> measurement;
+    try {
+        measurement =
+            Utilities::DynamicCast<QVIManager::Measurement_V1>(instrument->GetInterface(String("Measurement_V1")));
+    } catch (const Utilities::Exception& failure) {
+        throw LibraryError(key + ": " + LibraryText(failure));
+    }
+    if (!measurement.IsValid()) {
+        throw LibraryError(key + " takes no readings: its driver offers no Measurement_V1");
+    }
+
+    std::vector<Column> columns = {{"SAMPLE_ID", true}};
+    for (const std::string& field : fields) {
+        columns.push_back({field, false});
+    }
+    auto result = std::make_unique<ResultSet>(columns);
+    result->keywords = {{"ORIGINATOR", "qvi"},
+                        {"DESCRIPTOR", "colour values measured with " + Scrub(key)},
+                        {"INSTRUMENT", Scrub(key)}};
+    for (const Keyword& entry : ConditionKeywords(conditions, {kSpace, kIllumination, kObserver, kWhiteBase})) {
+        result->keywords.push_back(entry);
+    }
+    std::unique_ptr<ButtonWait> button;
+    if (options.waitButton) {
+        try {
+            button = std::make_unique<ButtonWait>(instrument);
+        } catch (const Utilities::Exception& failure) {
+            throw LibraryError(key + ": waiting for its button: " + LibraryText(failure));
+        }
+    }
+    std::vector<std::string> row;
+    for (long reading = 1; reading <= options.count; ++reading) {
+        const std::string where = key + ", reading " + std::to_string(reading);
+        if (button != nullptr) {
+            Note("press the button of " + key + " (reading " + std::to_string(reading) + " of " +
+                 std::to_string(options.count) + ")");
+            if (!button->Next()) {
+                throw LibraryError(where + ": the instrument was disconnected");
+            }
+        }
+        CMetry::QVColorVector vector;
+        try {
+            const CMetry::QVSpectrum spectrum = measurement->Measure();
+            vector = CMetry::CMetryService::GetVector(CMetry::QVSpectrum(spectrum.GetValues(), conditions), conditions);
+        } catch (const Utilities::Exception& failure) {
+            throw LibraryError(where + ": " + LibraryText(failure));
+        }
+        row = {std::to_string(reading)};
+        for (unsigned short axis = 0; axis < 3; ++axis) {
+            if (!std::isfinite(vector[axis])) {
+                throw LibraryError(where + ": " + fields[axis] + " is not a finite number");
+            }
+            row.push_back(FormatNumber(vector[axis], options.decimals));
+        }
+        result->Add(row);
+    }
+    button.reset();
+    if (!options.device.empty()) {
+        // Remembered only once every reading has succeeded.
+        try {
+            manager->SetUsedInstrument(instrument);
+        } catch (const Utilities::Exception& failure) {
+            throw LibraryError(key + ": remembering it as the recent instrument: " + LibraryText(failure));
+        }
     }
     return result;
 }

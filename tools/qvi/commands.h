@@ -26,6 +26,10 @@ std::unique_ptr<ResultSet> Density(const Options& options);
 std::unique_ptr<ResultSet> Cct(const Options& options);
 std::unique_ptr<ResultSet> SpectrumCommand(const Options& options);
 std::unique_ptr<ResultSet> Conditions(const Options& options);
+// The instrument drivers, their devices and the recent instrument.
+std::unique_ptr<ResultSet> Instruments(const Options& options);
+// Colour values of readings of an instrument.
+std::unique_ptr<ResultSet> Measure(const Options& options);
 
 } // namespace Qvi
 

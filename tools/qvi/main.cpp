@@ -84,10 +84,17 @@ int Run(int argc, char** argv)
             result = Cct(options);
         } else if (options.command == "spectrum") {
             result = SpectrumCommand(options);
+        } else if (options.command == "instruments") {
+            result = Instruments(options);
+        } else if (options.command == "measure") {
+            result = Measure(options);
         } else {
             result = Conditions(options);
         }
-        output.Write([&](std::ostream& stream) { result->Write(options.format, stream); });
+        // The instruments are a list for people: a table unless asked otherwise.
+        const Format format =
+            options.command == "instruments" && !options.formatGiven ? Format::Table : options.format;
+        output.Write([&](std::ostream& stream) { result->Write(format, stream); });
         if (!result->summary.empty()) {
             if (summary != nullptr) {
                 summary->Write([&](std::ostream& stream) { result->WriteSummary(stream); });

@@ -1,6 +1,7 @@
 #include "tools/qvi/options.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <map>
@@ -29,6 +30,8 @@ const std::string kGeneralHelp =
     "  cct FILE                   correlated colour temperature of emission samples\n"
     "  spectrum L a b             a reflectance spectrum for a CIELab value\n"
     "  conditions                 every measure-condition key, its values and default\n"
+    "  instruments                instrument drivers, their devices, the recent one\n"
+    "  measure                    colour values of readings of an instrument\n"
     "\n"
     "`qvi help COMMAND` or `qvi COMMAND --help` describes a command. FILE may be -\n"
     "for standard input; -- ends the options (for a file name that starts with -).\n"
@@ -159,9 +162,37 @@ const std::map<std::string, std::string> kCommandHelp = {
      "parametrised ones as they are written.\n"
      "\n"
      "  --format, --output, --quiet   see qvi --help\n"},
+    {"instruments",
+     "usage: qvi instruments [OPTIONS]\n"
+     "\n"
+     "The instrument drivers among the plug-ins (the folder plugins beside qvi),\n"
+     "the devices each one finds (DEVICE_KEY, the name for --device of qvi measure;\n"
+     "NAME, SERIAL, TRANSPORT, PORT, and whether it is AVAILABLE now), and the\n"
+     "instrument used last. A driver that finds no device has a row of its own.\n"
+     "Printed as a table unless --format says otherwise.\n"
+     "\n"
+     "  --format, --output, --quiet   see qvi --help\n"},
+    {"measure",
+     "usage: qvi measure [--device KEY] [--count N] [--wait-button] [OPTIONS]\n"
+     "\n"
+     "Connects an instrument, takes N readings (one at once, or one per press of\n"
+     "its button with --wait-button) and prints their colour values as qvi color\n"
+     "prints those of a file: SAMPLE_ID (1 ... N) and the three values of the\n"
+     "colour space. Without --device it measures with the instrument used last;\n"
+     "with --device the device is remembered as the one used last once every\n"
+     "reading has succeeded.\n"
+     "\n"
+     "  --device KEY       the device (qvi instruments lists the keys)\n"
+     "  --count N          the number of readings (default 1)\n"
+     "  --wait-button      take each reading when the instrument's button is\n"
+     "                     pressed (a disconnect ends the run with status 1)\n"
+     "  --space, --illuminant, --observer   as for color\n"
+     "  --condition, --format, --output, --decimals, --quiet   see qvi --help\n"},
 };
 
-const std::vector<std::string> kCommands = {"color", "delta-e", "density", "cct", "spectrum", "conditions"};
+
+const std::vector<std::string> kCommands = {"color",      "delta-e",     "density", "cct",
+                                            "spectrum",   "conditions",  "instruments", "measure"};
 
 // What an option is for, and which commands it serves.
 struct OptionUse {
@@ -173,14 +204,17 @@ const std::map<std::string, OptionUse> kUses = {
     {"--format", {kCommands, "the output form"}},
     {"--output", {kCommands, "the output file"}},
     {"--quiet", {kCommands, "notes on standard error"}},
-    {"--decimals", {{"color", "delta-e", "density", "cct", "spectrum"}, "the decimals of the numbers"}},
+    {"--decimals", {{"color", "delta-e", "density", "cct", "spectrum", "measure"}, "the decimals of the numbers"}},
     {"--scale", {{"color", "delta-e", "density", "cct"}, "how reflectance in the input files is read"}},
-    {"--condition", {{"color", "delta-e", "density", "cct", "spectrum"}, "a measure condition"}},
-    {"--illuminant", {{"color", "delta-e", "spectrum"}, "the illuminant of colour values"}},
-    {"--observer", {{"color", "delta-e", "cct", "spectrum"}, "the observer of colour values"}},
+    {"--condition", {{"color", "delta-e", "density", "cct", "spectrum", "measure"}, "a measure condition"}},
+    {"--illuminant", {{"color", "delta-e", "spectrum", "measure"}, "the illuminant of colour values"}},
+    {"--observer", {{"color", "delta-e", "cct", "spectrum", "measure"}, "the observer of colour values"}},
     {"--white-base", {{"color", "density"}, "what values are relative to"}},
     {"--paper-white", {{"color", "density"}, "the paper white"}},
-    {"--space", {{"color"}, "the colour space"}},
+    {"--space", {{"color", "measure"}, "the colour space"}},
+    {"--device", {{"measure"}, "the device to measure with"}},
+    {"--count", {{"measure"}, "the number of readings"}},
+    {"--wait-button", {{"measure"}, "a reading per button press"}},
     {"--density-standard", {{"density"}, "the density standard"}},
     {"--filter-mode", {{"density"}, "the filter of the dot area and dot gain"}},
     {"--solid", {{"density"}, "the solid of the dot area"}},
@@ -309,6 +343,11 @@ Options ParseArguments(int argc, char** argv)
             given.push_back("--quiet");
             continue;
         }
+        if (word == "--wait-button") {
+            options.waitButton = true;
+            given.push_back(word);
+            continue;
+        }
         std::string inlineValue;
         bool hasInline = false;
         const std::size_t equals = word.find('=');
@@ -340,6 +379,7 @@ Options ParseArguments(int argc, char** argv)
             options.conditions.push_back({key, text, word + " " + AsWritten(text)});
         };
         if (word == "--format") {
+            options.formatGiven = true;
             const std::string f = value();
             if (f == "cgats") {
                 options.format = Format::Cgats;
@@ -449,6 +489,20 @@ Options ParseArguments(int argc, char** argv)
             }
         } else if (word == "--tolerance") {
             options.tolerance = ParseFloatOption("--tolerance", value());
+        } else if (word == "--device") {
+            options.device = value();
+            if (options.device.empty()) {
+                throw UsageError("--device needs a device key (qvi instruments lists them)");
+            }
+        } else if (word == "--count") {
+            const std::string c = value();
+            char* end = nullptr;
+            errno = 0;
+            const long n = std::strtol(c.c_str(), &end, 10);
+            if (c.empty() || *end != '\0' || errno != 0 || n < 1 || n > 1000000) {
+                throw UsageError("--count: \"" + c + "\" is not a whole number from 1 to 1000000");
+            }
+            options.count = n;
         }
     }
     if (!positional.empty()) {

@@ -51,6 +51,12 @@ struct Options {
     // --k00 kL:kC:kH.
     float k00[3] = {1.0f, 1.0f, 1.0f};
     double tolerance = 2.0;
+    // measure: the device key ("" the recent instrument), the number of
+    // readings, one per button press.
+    std::string device;
+    long count = 1;
+    bool waitButton = false;
+    bool formatGiven = false;
     bool help = false;
     bool version = false;
 };
