@@ -41,9 +41,10 @@
 // write.
 //
 // A rewrite keeps every line it does not change byte for byte, comments
-// and blank lines included: a new value replaces its key's line (written
-// anew as "key=value"), a new key goes behind the last key of its section,
-// a new section at the end, behind a blank line.
+// and blank lines included (a last line without its LF gets one): a new
+// value replaces its key's line (written anew as "key=value"), a new key
+// goes behind the last key of its section, a new section at the end,
+// behind a blank line. The lines it writes end in LF alone.
 //
 // A line that is none of these (a key line without '=', a section without
 // its ']' or with text behind it, a key before the first section) makes the
