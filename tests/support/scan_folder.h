@@ -57,6 +57,11 @@ public:
     {
         Add(plugin, plugin + ".dll");
     }
+    // The plug-in file `file`, from anywhere, as plugins/`as`.
+    void AddFile(const fs::path& file, const std::string& as)
+    {
+        fs::copy_file(file, Plugins() / as);
+    }
 
     // Runs the host with the commands and gives back what it printed;
     // `environment` ("NAME=value ...") goes before the command.
