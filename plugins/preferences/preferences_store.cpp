@@ -29,8 +29,9 @@
 // for the instrument side's plug-ins, and the instrument manager is this
 // store's caller; it is an ExceptionResource, as a file is.
 //
-// A symbolic link at the file's name is replaced by a file at the first
-// write, not followed.
+// A symbolic link at the file's name (a settings file kept elsewhere) is
+// followed: the file it points to is written, and the link stays. A link
+// that points nowhere is an error, never replaced by a file.
 
 #include "plugins/preferences/preferences_document.h"
 
@@ -97,6 +98,23 @@ std::string FilePath()
         Fail("no place for the file: neither QVIMANAGER_PREFERENCES, XDG_CONFIG_HOME nor HOME is set");
     }
     return home + "/.config/qvimanager/preferences.ini";
+}
+
+// The file a write goes to: `path`, or the file a symbolic link there
+// points to.
+std::string Followed(const std::string& path)
+{
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return path;
+    }
+    char* const target = realpath(path.c_str(), nullptr);
+    if (target == nullptr) {
+        FailOnFile(path, "cannot follow the symbolic link");
+    }
+    const std::string followed(target);
+    std::free(target);
+    return followed;
 }
 
 std::string FolderOf(const std::string& path)
@@ -268,7 +286,7 @@ public:
 
     void SetValue(const String& section, const String& key, const String& value) override
     {
-        const std::string path = FilePath();
+        const std::string path = Followed(FilePath());
         const std::string folder = FolderOf(path);
         MakeFolders(folder);
 

@@ -510,6 +510,28 @@ TEST_F(PreferencesStore, ATemporaryFileLeftByAKilledWriterIsIgnoredAndWrittenOve
     EXPECT_FALSE(fs::exists(Temporary()));
 }
 
+TEST_F(PreferencesStore, ASymbolicLinkIsFollowedAndStaysALink)
+{
+    const fs::path kept = folder.root / "kept" / "settings.ini";
+    fs::create_directories(kept.parent_path());
+    WriteBytes(kept, "[Section]\nkey=value\n");
+    fs::create_symlink(kept, file);
+    ASSERT_EQ("set", HostOne(Set("Section", "other", "1")));
+    EXPECT_TRUE(fs::is_symlink(file));
+    EXPECT_EQ("[Section]\nkey=value\nother=1\n", ReadBytes(kept));
+    EXPECT_EQ(Value("1"), HostOne(Get("Section", "other")));
+}
+
+TEST_F(PreferencesStore, ASymbolicLinkToNothingIsReportedAndLeftAlone)
+{
+    fs::create_symlink(folder.root / "nowhere.ini", file);
+    const std::string failure = HostOne(Set("Section", "key", "new"));
+    EXPECT_EQ(0u, failure.rfind("failure: ", 0)) << failure;
+    EXPECT_NE(std::string::npos, failure.find("cannot follow the symbolic link")) << failure;
+    EXPECT_TRUE(fs::is_symlink(file));
+    EXPECT_FALSE(fs::exists(folder.root / "nowhere.ini"));
+}
+
 TEST_F(PreferencesStore, AFileKeepsItsPermissionsWhenItIsRewritten)
 {
     WriteBytes(file, "[Section]\nkey=value\n");
