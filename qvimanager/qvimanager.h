@@ -56,6 +56,7 @@
 #include "qvimanager/instruments/instrument_manager.h"
 #include "qvimanager/instruments/interfaces/find_devices_v1.h"
 #include "qvimanager/instruments/interfaces/instrument_buttons_v1.h"
+#include "qvimanager/instruments/interfaces/measurement_v1.h"
 #include "qvimanager/instruments/interfaces/message_service.h"
 #include "qvimanager/instruments/interfaces/preferences.h"
 #include "qvimanager/instruments/interfaces/qvi_instrument.h"
