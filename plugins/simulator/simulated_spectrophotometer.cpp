@@ -415,10 +415,12 @@ SmartPointer<Component> SimulatedSpectrophotometer::GetInterface(const String& n
     if (wanted != "FindDevices_V1" && wanted != "Measurement_V1") {
         return SmartPointer<Component>();
     }
-    SmartPointer<Component> handle;
-    instrumentCreator.CreateComponent(&handle);
-    dynamic_cast<SimulatedSpectrophotometer&>(*handle).session = session;
-    return handle;
+    return Guarded([&] {
+        SmartPointer<Component> handle;
+        instrumentCreator.CreateComponent(&handle);
+        dynamic_cast<SimulatedSpectrophotometer&>(*handle).session = session;
+        return handle;
+    });
 }
 
 } // namespace
