@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -431,6 +432,12 @@ struct Malformed {
     std::string line;
     std::string text;
 };
+
+// Names the case in test listings.
+void PrintTo(const Malformed& malformed, std::ostream* output)
+{
+    *output << malformed.name;
+}
 
 class SimulatorConfiguration : public ::testing::TestWithParam<Malformed> {};
 
