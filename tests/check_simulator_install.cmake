@@ -40,8 +40,10 @@ endif()
 # The devices, and the first patch of the chart: 0.05475 at 380 nm and
 # 0.05833 at 390 nm, each the nearest float.
 set(expected
-  "device: SIM-0001 name=Simulated Spectrophotometer driver=SimulatedSpectrophotometer transport=Simulated port=sim-1 baud=115200 available=yes\n"
-  "device: SIM-0002 name=Simulated Spectrophotometer \\(spare\\) driver=SimulatedSpectrophotometer transport=Simulated port=sim-2 baud=115200 available=no\n"
+  "device: SIM-0001 name=Simulated Spectrophotometer driver=SimulatedSpectrophotometer "
+  "transport=Simulated port=sim-1 baud=115200 available=yes\n"
+  "device: SIM-0002 name=Simulated Spectrophotometer \\(spare\\) driver=SimulatedSpectrophotometer "
+  "transport=Simulated port=sim-2 baud=115200 available=no\n"
   "found: SimulatedSpectrophotometer_SIM-0001 SimulatedSpectrophotometer_SIM-0002\n"
   "reading: 0\\.0547499992 0\\.0583299994 ")
 string(CONCAT expected ${expected})

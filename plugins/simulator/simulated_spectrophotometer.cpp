@@ -206,7 +206,8 @@ public:
 
     static Map<String, Anything> GetDescriptor()
     {
-        Map<String, Anything> descriptor = Utilities::MakeComponentDescriptor(kDriver, "$Revision: 1.0 $", "Instruments");
+        Map<String, Anything> descriptor =
+            Utilities::MakeComponentDescriptor(kDriver, "$Revision: 1.0 $", "Instruments");
         // Found by the instrument manager.
         descriptor[String("QVIInstrument")] = Anything("1");
         return descriptor;

@@ -94,7 +94,8 @@ Device MakeDevice(const std::string& file, const fs::path& folder, const Section
     device.serial = value("serial");
     if (!IsSerial(device.serial)) {
         throw Error(file, lineOf("serial"),
-                    "the serial number \"" + device.serial + "\" may hold letters, digits, \"-\", \"_\" and \".\" only");
+                    "the serial number \"" + device.serial +
+                        "\" may hold letters, digits, \"-\", \"_\" and \".\" only");
     }
     device.name = value("name");
     device.transport = value("transport");

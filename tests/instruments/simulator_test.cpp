@@ -186,21 +186,24 @@ public:
         return root / (serial + ".control");
     }
 
-    // The command line of the host with the commands: pointed at the
-    // configuration, without echo, and with `environment` before it.
-    std::string Command(const Lines& commands, const std::string& environment = "") const
+    // The host's environment: pointed at the configuration, without echo,
+    // and `more`.
+    std::string Environment(const std::string& more) const
     {
-        std::string line = "QVIMANAGER_SIMULATOR='" + Configuration().string() + "' QVIMANAGER_MESSAGES= " +
-                           environment + " '" + (root / "host").string() + "'";
+        return "QVIMANAGER_SIMULATOR='" + Configuration().string() + "' QVIMANAGER_MESSAGES= " + more;
+    }
+    // The command line of the host with the commands.
+    std::string Command(const Lines& commands, const std::string& more = "") const
+    {
+        std::string line = Environment(more) + " '" + (root / "host").string() + "'";
         for (const std::string& command : commands) {
             line += " '" + command + "'";
         }
         return line + " 2>&1";
     }
-    Lines RunHost(const Lines& commands, const std::string& environment = "")
+    Lines RunHost(const Lines& commands, const std::string& more = "")
     {
-        return Run(commands, "QVIMANAGER_SIMULATOR='" + Configuration().string() + "' QVIMANAGER_MESSAGES= " +
-                                 environment);
+        return Run(commands, Environment(more));
     }
 };
 
@@ -247,7 +250,7 @@ private:
 
 // Three samples, and the folder's configuration with one device reading
 // them.
-class ThreeSpectra : public ::testing::Test {
+class SimulatorWithThreeSpectra : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -307,26 +310,27 @@ TEST(SimulatorDevices, AnUnpluggedDeviceIsListedButNotAvailableAndDoesNotMeasure
 
 // ---------------------------------------------------------------- readings
 
-TEST_F(ThreeSpectra, ReadingsFollowTheFileAndStartAgainAfterTheLast)
+TEST_F(SimulatorWithThreeSpectra, ReadingsFollowTheFileAndStartAgainAfterTheLast)
 {
     EXPECT_EQ((Lines{"found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", Sample(1), Sample(2),
                      Sample(3), Sample(1), Sample(2), Sample(3), Sample(1)}),
               folder.RunHost({"find", "measure:SimulatedSpectrophotometer_S1:7"}));
 }
 
-TEST_F(ThreeSpectra, EachDeviceHasItsOwnPositionWhichEveryObjectOfTheDeviceShares)
+TEST_F(SimulatorWithThreeSpectra, EachDeviceHasItsOwnPositionWhichEveryObjectOfTheDeviceShares)
 {
     // The manager's object, a new object given the serial number, the
     // manager's object again, after a second search.
     EXPECT_EQ((Lines{"found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", Sample(1), Sample(1),
                      Sample(2), Sample(2), Sample(3),
                      "found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", Sample(3)}),
-              folder.RunHost({"find", "measure:SimulatedSpectrophotometer_S1:1", "measure:SimulatedSpectrophotometer_S2:1",
-                              "fresh:S1:1", "measure:SimulatedSpectrophotometer_S2:1", "fresh:S2:1", "find",
+              folder.RunHost({"find", "measure:SimulatedSpectrophotometer_S1:1",
+                              "measure:SimulatedSpectrophotometer_S2:1", "fresh:S1:1",
+                              "measure:SimulatedSpectrophotometer_S2:1", "fresh:S2:1", "find",
                               "measure:SimulatedSpectrophotometer_S1:1"}));
 }
 
-TEST_F(ThreeSpectra, ANewProcessStartsAtTheFirstSpectrum)
+TEST_F(SimulatorWithThreeSpectra, ANewProcessStartsAtTheFirstSpectrum)
 {
     ASSERT_EQ((Lines{"found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", Sample(1), Sample(2)}),
               folder.RunHost({"find", "measure:SimulatedSpectrophotometer_S1:2"}));
@@ -336,7 +340,7 @@ TEST_F(ThreeSpectra, ANewProcessStartsAtTheFirstSpectrum)
 
 // The recently used device is an object of its own (the manager keeps it
 // in another pool): it reads on where the searched one stopped.
-TEST_F(ThreeSpectra, TheRecentlyUsedInstrumentReadsOnWhereTheDeviceStopped)
+TEST_F(SimulatorWithThreeSpectra, TheRecentlyUsedInstrumentReadsOnWhereTheDeviceStopped)
 {
     fs::copy_file(TestPlugins::PluginPath("preferences_no_case"), folder.Plugins() / "preferences_no_case.dll");
     const std::string store = "QVI_TEST_PREFERENCES='" + (folder.root / "preferences.txt").string() + "'";
@@ -389,7 +393,8 @@ TEST(SimulatorReadings, AnAmbiguousScaleIsRefusedUnlessTheDeviceGivesIt)
                          "for 0..100; give the device \"scale = 1\" or \"scale = 100\"",
                      Reading(AsFraction(Written(1, 36, 0.5))), Reading(AsFraction(written)),
                      Reading(AsPercent(Written(1, 36, 0.5)))}),
-              folder.RunHost({"find", "measure:SimulatedSpectrophotometer_AUTO:1", "measure:SimulatedSpectrophotometer_ONE:2",
+              folder.RunHost({"find", "measure:SimulatedSpectrophotometer_AUTO:1",
+                              "measure:SimulatedSpectrophotometer_ONE:2",
                               "measure:SimulatedSpectrophotometer_HUNDRED:1"}));
 }
 
@@ -455,14 +460,15 @@ TEST_P(SimulatorConfiguration, AMalformedConfigurationIsReportedWithFileAndLine)
 const std::string kGood = Section("S", "s.cgats");
 
 INSTANTIATE_TEST_SUITE_P(
-    Cases, SimulatorConfiguration,
+    Simulator, SimulatorConfiguration,
     ::testing::Values(
         Malformed{"UnknownKey", kGood + "colour = red\n", ":8",
                   "unknown key \"colour\" (the keys are serial, name, transport, port, baud, spectra, scale, plugged, "
                   "control)"},
         Malformed{"MissingKey", "[device]\nserial = S\nname = N\ntransport = T\nport = P\nspectra = s.cgats\n", ":1",
                   "the [device] section lacks \"baud\""},
-        Malformed{"KeyTwice", kGood + "name = again\n", ":8", "\"name\" is given twice in this section (first on line 3)"},
+        Malformed{"KeyTwice", kGood + "name = again\n", ":8",
+                  "\"name\" is given twice in this section (first on line 3)"},
         Malformed{"EmptyValue", "[device]\nserial =\n", ":2", "\"serial\" has no value"},
         Malformed{"SettingBeforeASection", "# devices\nserial = S\n" + kGood, ":2",
                   "\"serial\" stands before the first [device] section"},
@@ -495,7 +501,7 @@ TEST(SimulatorConfigurationFile, AMissingConfigurationIsReported)
 // The plug state is the configuration's, changed by every "plug" and
 // "unplug" of the control file: it holds for every later process, until
 // the file says otherwise or is emptied.
-TEST_F(ThreeSpectra, TheControlFileUnplugsAndPlugsTheDeviceForLaterProcesses)
+TEST_F(SimulatorWithThreeSpectra, TheControlFileUnplugsAndPlugsTheDeviceForLaterProcesses)
 {
     Append(folder.Control("S1"), "unplug\n");
     EXPECT_EQ((Lines{"available: no", "available: yes"}), folder.RunHost({"available:S1", "available:S2"}));
@@ -510,7 +516,7 @@ TEST_F(ThreeSpectra, TheControlFileUnplugsAndPlugsTheDeviceForLaterProcesses)
     EXPECT_EQ((Lines{"available: yes"}), folder.RunHost({"available:S1"}));
 }
 
-TEST_F(ThreeSpectra, TheControlFileCanBeNamedInTheConfiguration)
+TEST_F(SimulatorWithThreeSpectra, TheControlFileCanBeNamedInTheConfiguration)
 {
     folder.Configure(Section("S1", "three.cgats", "control = cable/s1.txt\nplugged = no\n"));
     fs::create_directories(folder.root / "cable");
@@ -522,7 +528,7 @@ TEST_F(ThreeSpectra, TheControlFileCanBeNamedInTheConfiguration)
 // A press reaches the callback registered through InstrumentEvents_V1 with
 // the "MessageService", with the button's number; presses taken in
 // together arrive one after the other.
-TEST_F(ThreeSpectra, PressesReachTheCallbackThroughTheMessageService)
+TEST_F(SimulatorWithThreeSpectra, PressesReachTheCallbackThroughTheMessageService)
 {
     RunningHost host(folder.Command({"find", "watch:SimulatedSpectrophotometer_S1:3"}));
     ASSERT_EQ("found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", host.Line());
@@ -539,7 +545,7 @@ TEST_F(ThreeSpectra, PressesReachTheCallbackThroughTheMessageService)
 
 // What the control file held before the instrument was connected, and
 // presses of another device, are no events of this one.
-TEST_F(ThreeSpectra, OnlyPressesOfTheDeviceAfterItWasConnectedAreEvents)
+TEST_F(SimulatorWithThreeSpectra, OnlyPressesOfTheDeviceAfterItWasConnectedAreEvents)
 {
     Append(folder.Control("S1"), "press 7\n");
     RunningHost host(folder.Command({"find", "watch:SimulatedSpectrophotometer_S1:1"}));
@@ -555,11 +561,13 @@ TEST_F(ThreeSpectra, OnlyPressesOfTheDeviceAfterItWasConnectedAreEvents)
 // An unplugged device reports the loss of its connection, does not
 // measure, ignores presses, and reports its return; then it reads on
 // where it stopped.
-TEST_F(ThreeSpectra, ADisconnectIsAnEventAndStopsTheReadings)
+TEST_F(SimulatorWithThreeSpectra, ADisconnectIsAnEventAndStopsTheReadings)
 {
     RunningHost host(folder.Command({"find", "measure:SimulatedSpectrophotometer_S1:1",
-                                     "watch:SimulatedSpectrophotometer_S1:1", "measure:SimulatedSpectrophotometer_S1:1",
-                                     "watch:SimulatedSpectrophotometer_S1:2", "measure:SimulatedSpectrophotometer_S1:1"}));
+                                     "watch:SimulatedSpectrophotometer_S1:1",
+                                     "measure:SimulatedSpectrophotometer_S1:1",
+                                     "watch:SimulatedSpectrophotometer_S1:2",
+                                     "measure:SimulatedSpectrophotometer_S1:1"}));
     ASSERT_EQ("found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", host.Line());
     EXPECT_EQ(Sample(1), host.Line());
     ASSERT_EQ("watching", host.Line());
@@ -580,7 +588,7 @@ TEST_F(ThreeSpectra, ADisconnectIsAnEventAndStopsTheReadings)
 
 // ---------------------------------------------------------------- the console message service
 
-TEST_F(ThreeSpectra, TheMessageServiceEchoesEachEventWhenAsked)
+TEST_F(SimulatorWithThreeSpectra, TheMessageServiceEchoesEachEventWhenAsked)
 {
     RunningHost host(folder.Command({"find", "watch:SimulatedSpectrophotometer_S1:2"}, "QVIMANAGER_MESSAGES=stdout"));
     ASSERT_EQ("found: SimulatedSpectrophotometer_S1 SimulatedSpectrophotometer_S2", host.Line());
