@@ -1,17 +1,17 @@
 # Checks the demo's output against README.md: the block of indented lines
 # after "The first lines:" in the demo paragraph must be the first lines the
-# demo prints, and each of the four headings (a line that begins with a
+# demo prints, and each of the seven headings (a line that begins with a
 # capital and ends in ":") must be followed directly by the header row of
 # its table.
 #
 #   cmake -DQVI=<qvi> -DSAMPLE_DIR=<data/samples> -DDEMO=<qvi_demo.cmake>
-#         -DREADME=<README.md> -P check_demo.cmake
+#         -DPREFERENCES=<file> -DREADME=<README.md> -P check_demo.cmake
 cmake_minimum_required(VERSION 3.25)
 
 # Both streams, in the order written, as a terminal shows them: a note on
 # the standard error between a heading and its table counts.
 execute_process(
-  COMMAND ${CMAKE_COMMAND} -DQVI=${QVI} -DSAMPLE_DIR=${SAMPLE_DIR} -P ${DEMO}
+  COMMAND ${CMAKE_COMMAND} -DQVI=${QVI} -DSAMPLE_DIR=${SAMPLE_DIR} -DPREFERENCES=${PREFERENCES} -P ${DEMO}
   RESULT_VARIABLE result
   OUTPUT_VARIABLE output
   ERROR_VARIABLE output)
@@ -35,14 +35,14 @@ foreach(index RANGE 0 ${last})
     math(EXPR headings "${headings} + 1")
     math(EXPR next "${index} + 1")
     list(GET lines ${next} table_header)
-    if(NOT table_header MATCHES "^SAMPLE_ID ")
+    if(NOT table_header MATCHES "^(SAMPLE_ID|DRIVER) ")
       message(FATAL_ERROR "heading '${line}' is followed by '${table_header}', not a table")
     endif()
   endif()
 endforeach()
-if(NOT headings EQUAL 4)
+if(NOT headings EQUAL 7)
   message(NOTICE "${output}")
-  message(FATAL_ERROR "the demo printed ${headings} headings, not 4")
+  message(FATAL_ERROR "the demo printed ${headings} headings, not 7")
 endif()
 
 file(READ "${README}" readme)

@@ -1,8 +1,13 @@
-# The demo: qvi on the 24-patch chart samples, four tables, each after a
-# heading line that says what it is, with a blank line between tables.
-# Fails on the first qvi run that fails.
+# The demo: qvi on the 24-patch chart samples, four tables, then the
+# simulated instruments beside qvi and three tables of them (the devices,
+# readings of one named device, readings of the recent instrument), each
+# after a heading line that says what it is, with a blank line between
+# tables. Fails on the first qvi run that fails.
 #
-#   cmake -DQVI=<qvi> -DSAMPLE_DIR=<data/samples> -P qvi_demo.cmake
+#   cmake -DQVI=<qvi> -DSAMPLE_DIR=<data/samples> -DPREFERENCES=<file> -P qvi_demo.cmake
+#
+# PREFERENCES is the demo's own preferences file (the recent instrument),
+# made anew: the demo never touches the user's.
 #
 # Headings go through `cmake -E echo`, so they share the standard output of
 # the tables and keep their place among them.
@@ -17,7 +22,7 @@ function(table heading)
   endif()
   set(first_table FALSE PARENT_SCOPE)
   execute_process(COMMAND ${CMAKE_COMMAND} -E echo "${heading}")
-  execute_process(COMMAND "${QVI}" ${ARGN}
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env "QVIMANAGER_PREFERENCES=${PREFERENCES}" -- "${QVI}" ${ARGN}
     WORKING_DIRECTORY "${SAMPLE_DIR}"
     RESULT_VARIABLE result)
   if(NOT result EQUAL 0)
@@ -37,3 +42,14 @@ table("CIE94 differences of chart24_ohta.cgats from ${chart}, tolerance 2:"
   delta-e ${chart} chart24_ohta.cgats --formula 94 --tolerance 2 --scale 1 --format table)
 table("DIN densities of the patches of ${chart} relative to the white patch (19):"
   density ${chart} --paper-white 19 --scale 1 --format table)
+
+# The instruments: the simulated spectrophotometer that ships beside qvi,
+# with its bundled devices (plugins/simulated_instruments.conf beside qvi),
+# one of which reads this chart.
+file(REMOVE "${PREFERENCES}")
+table("The instruments qvi finds (the simulated ones beside it):"
+  instruments)
+table("Three readings of the simulated device SIM-0001 (the chart's first patches), CIELab under D50:"
+  measure --device SimulatedSpectrophotometer_SIM-0001 --count 3 --illuminant D50 --format table)
+table("Two readings of the recent instrument, remembered from the run before:"
+  measure --count 2 --illuminant D50 --format table)
