@@ -5,6 +5,7 @@
 // in the scratch folder too (QVIMANAGER_PREFERENCES), so no test touches
 // another's file or the user's.
 
+#include "tests/preferences/percent_encoding.h"
 #include "tests/support/scan_folder.h"
 
 #include <gtest/gtest.h>
@@ -37,24 +38,7 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
-// As the host encodes and decodes its texts.
-std::string Encoded(const std::string& bytes)
-{
-    static const char digits[] = "0123456789ABCDEF";
-    std::string text;
-    for (const char c : bytes) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
-            c == '.') {
-            text += c;
-        } else {
-            text += '%';
-            text += digits[byte / 16];
-            text += digits[byte % 16];
-        }
-    }
-    return text;
-}
+using PercentEncoding::Encoded;
 
 std::string Get(const std::string& section, const std::string& key, const std::string& defaultValue = "")
 {

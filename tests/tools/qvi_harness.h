@@ -156,6 +156,20 @@ inline std::vector<char*> QviArgv(Strings& words, const Strings& arguments)
     return argv;
 }
 
+// Sets ("NAME=value") or removes ("NAME") variables of this process: for a
+// child, before it runs qvi.
+inline void SetEnvironment(const Strings& environment)
+{
+    for (const std::string& variable : environment) {
+        const std::size_t equals = variable.find('=');
+        if (equals == std::string::npos) {
+            unsetenv(variable.c_str());
+        } else {
+            setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
+        }
+    }
+}
+
 // Runs qvi with `arguments` in `directory`, standard input read from the
 // file `input`; standard output and error are caught in files. `environment`
 // sets ("NAME=value") or removes ("NAME") variables for the run.
@@ -176,14 +190,7 @@ inline Outcome Qvi(const Strings& arguments, const std::string& directory = kSam
     std::vector<char*> argv = QviArgv(words, arguments);
     const pid_t child = fork();
     if (child == 0) {
-        for (const std::string& variable : environment) {
-            const std::size_t equals = variable.find('=');
-            if (equals == std::string::npos) {
-                unsetenv(variable.c_str());
-            } else {
-                setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-            }
-        }
+        SetEnvironment(environment);
         if (chdir(directory.c_str()) != 0 || dup2(in, STDIN_FILENO) < 0 || dup2(out, STDOUT_FILENO) < 0 ||
             dup2(err, STDERR_FILENO) < 0) {
             _exit(126);

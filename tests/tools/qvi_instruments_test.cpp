@@ -245,14 +245,7 @@ public:
         std::vector<char*> argv = QviArgv(words, arguments);
         child = fork();
         if (child == 0) {
-            for (const std::string& variable : environment) {
-                const std::size_t equals = variable.find('=');
-                if (equals == std::string::npos) {
-                    unsetenv(variable.c_str());
-                } else {
-                    setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-                }
-            }
+            SetEnvironment(environment);
             const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
             if (out < 0 || err < 0 || chdir(folder.c_str()) != 0 || dup2(out, STDOUT_FILENO) < 0 ||
