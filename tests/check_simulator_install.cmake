@@ -52,3 +52,34 @@ if(NOT output MATCHES "^${expected}")
   message(FATAL_ERROR "the installed simulator did not read the installed chart")
 endif()
 message("installed simulator: ok")
+
+# The installed qvi, beside the installed plug-ins: it lists the simulated
+# devices and measures the first patch of the chart (CIELab under D50:
+# 38.4422 13.6031 14.5311), with a preferences file of the test's own.
+if(EXISTS "${moved}/${BINDIR}/qvi")
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -E env --unset=QVIMANAGER_SIMULATOR --unset=QVIMANAGER_MESSAGES
+      "QVIMANAGER_PREFERENCES=${WORK_DIR}/preferences.ini" --
+      "${moved}/${BINDIR}/qvi" measure --device SimulatedSpectrophotometer_SIM-0001 --illuminant D50 --format csv
+    WORKING_DIRECTORY "${WORK_DIR}"
+    RESULT_VARIABLE result
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0 OR NOT output STREQUAL "SAMPLE_ID,LAB_L,LAB_A,LAB_B\n1,38.4422,13.6031,14.5311\n")
+    message(NOTICE "${output}${errors}")
+    message(FATAL_ERROR "the installed qvi did not measure with the installed simulator (${result})")
+  endif()
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -E env --unset=QVIMANAGER_SIMULATOR
+      "QVIMANAGER_PREFERENCES=${WORK_DIR}/preferences.ini" --
+      "${moved}/${BINDIR}/qvi" instruments
+    WORKING_DIRECTORY "${WORK_DIR}"
+    RESULT_VARIABLE result
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0 OR NOT output MATCHES "recent: +Simulated Spectrophotometer_SIM-0001 \\(SimulatedSpectrophotometer\\)")
+    message(NOTICE "${output}${errors}")
+    message(FATAL_ERROR "the installed qvi did not list the instruments and the recent one (${result})")
+  endif()
+  message("installed qvi measure and instruments: ok")
+endif()
