@@ -294,7 +294,12 @@ void Document::Set(const std::string& section, const std::string& key, const std
     if (!lines.empty() && !Trimmed(lines.back().text).empty()) {
         lines.push_back(Line{std::string(), Kind::Other, std::string(), std::string()});
     }
-    lines.push_back(Line{"[" + Escape(section, Field::Section) + "]", Kind::Section, section, std::string()});
+    // Built by appending: "[" + a temporary string trips a false -Wrestrict
+    // of g++ 12 at -O3.
+    std::string sectionLine("[");
+    sectionLine += Escape(section, Field::Section);
+    sectionLine += ']';
+    lines.push_back(Line{std::move(sectionLine), Kind::Section, section, std::string()});
     lines.push_back(std::move(added));
 }
 
