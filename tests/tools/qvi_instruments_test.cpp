@@ -4,11 +4,14 @@
 // device configuration, control files and a preferences file of its own in
 // a scratch folder.
 
+#include "tests/support/scan_folder.h"
 #include "tests/tools/qvi_harness.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -232,6 +235,116 @@ TEST_F(QviInstruments, WrongCountsAndOptionsAreRefused)
     EXPECT_EQ(2, Run({"color", kChartFile, "--device", kDevice}).status);
     EXPECT_EQ(2, Run({"measure", "--scale", "100"}).status);
     EXPECT_EQ(2, Run({"instruments", "extra"}).status);
+}
+
+TEST_F(QviInstruments, TheRecentInstrumentNoLongerThereIsNamed)
+{
+    ASSERT_EQ(0, Run({"measure", "--device", kDevice}).status);
+    Control("SIM-1", "unplug");
+    const Outcome outcome = Run({"measure"});
+    EXPECT_EQ(1, outcome.status) << outcome;
+    EXPECT_EQ("qvi: the instrument used last, Bench unit_SIM-1 (SimulatedSpectrophotometer), is not available: "
+              "name one with --device KEY (qvi instruments lists them)\n",
+              outcome.err);
+    EXPECT_EQ("", outcome.out);
+}
+
+TEST_F(QviInstruments, TheTextsOfAWrongCommandLine)
+{
+    const std::vector<std::pair<Strings, std::string>> cases = {
+        {{"measure", "--count", "0"}, "qvi: --count: \"0\" is not a whole number from 1 to 1000000\n"},
+        {{"measure", "--count", "1000001"}, "qvi: --count: \"1000001\" is not a whole number from 1 to 1000000\n"},
+        {{"measure", "--device", ""}, "qvi: --device needs a device key (qvi instruments lists them)\n"},
+        {{"color", kChartFile, "--device", kDevice},
+         "qvi: --device does not apply to qvi color: it sets the device to measure with, for measure\n"},
+        {{"color", kChartFile, "--wait-button"},
+         "qvi: --wait-button does not apply to qvi color: it sets a reading per button press, for measure\n"},
+        {{"instruments", "--count", "2"},
+         "qvi: --count does not apply to qvi instruments: it sets the number of readings, for measure\n"},
+        {{"measure", "--scale", "100"},
+         "qvi: --scale does not apply to qvi measure: it sets how reflectance in the input files is read, for "
+         "color, delta-e, density and cct\n"},
+    };
+    for (const auto& [arguments, expected] : cases) {
+        SCOPED_TRACE(arguments[0] + " " + arguments[1]);
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(2, outcome.status) << outcome;
+        EXPECT_EQ(expected + "Try `qvi --help`.\n", outcome.err);
+    }
+    const Outcome extra = Run({"instruments", "extra"});
+    EXPECT_EQ(2, extra.status) << extra;
+    EXPECT_EQ("qvi: qvi instruments takes 0 arguments; see qvi instruments --help\n", extra.err);
+    const Outcome file = Run({"measure", kChartFile});
+    EXPECT_EQ(2, file.status) << file;
+    EXPECT_EQ("qvi: qvi measure takes 0 arguments; see qvi measure --help\n", file.err);
+}
+
+// qvi copied beside test drivers of its own choosing (and a test
+// "Preferences" store), for what the simulated driver never does.
+class QviWithTestDrivers : public ::testing::Test {
+protected:
+    QviWithTestDrivers() : folder(kQvi)
+    {
+        folder.Add("preferences_no_case");
+    }
+
+    // qvi's standard output and error, and its exit status as the last
+    // line ("status: N").
+    Strings Run(const Strings& arguments)
+    {
+        std::string line = "cd '" + folder.root.string() + "' && QVI_TEST_PREFERENCES='" +
+                           (folder.root / "preferences.txt").string() + "' '" + (folder.root / "host").string() + "'";
+        for (const std::string& argument : arguments) {
+            line += " '" + argument + "'";
+        }
+        line += " 2>&1; echo \"status: $?\"";
+        Strings output;
+        FILE* const pipe = popen(line.c_str(), "r");
+        if (pipe == nullptr) {
+            ADD_FAILURE() << "cannot run qvi";
+            return output;
+        }
+        std::array<char, 4096> buffer{};
+        while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
+            std::string text(buffer.data());
+            if (!text.empty() && text.back() == '\n') {
+                text.pop_back();
+            }
+            output.push_back(text);
+        }
+        pclose(pipe);
+        return output;
+    }
+
+    TestSupport::ScanFolder folder;
+};
+
+TEST_F(QviWithTestDrivers, ADeviceWhoseDriverTakesNoReadingsIsRefused)
+{
+    folder.Add("driver_two_devices");
+    EXPECT_EQ((Strings{"qvi: TwoDeviceDriver_1002 takes no readings: its driver offers no Measurement_V1",
+                       "status: 1"}),
+              Run({"measure", "--device", "TwoDeviceDriver_1002"}));
+}
+
+TEST_F(QviWithTestDrivers, ADriverWithoutDevicesHasARowOfItsOwn)
+{
+    folder.Add("driver_no_finder");
+    folder.Add("driver_two_devices");
+    const Strings output = Run({"instruments", "--format", "csv"});
+    EXPECT_EQ((Strings{"DRIVER,DEVICE_KEY,NAME,SERIAL,TRANSPORT,PORT,AVAILABLE", "NoFinderDriver,,,,,,",
+                       "TwoDeviceDriver,TwoDeviceDriver_1001,Sim A,1001,USB,usb-Sim A,yes",
+                       "TwoDeviceDriver,TwoDeviceDriver_1002,Sim B,1002,USB,usb-Sim B,yes",
+                       // CSV holds the table only: the summary goes to standard error.
+                       "drivers: 2", "devices: 2", "recent: none", "status: 0"}),
+              output);
+}
+
+TEST_F(QviWithTestDrivers, ADeviceWithoutSerialNumberStopsTheSearch)
+{
+    folder.Add("driver_serial_less");
+    EXPECT_EQ((Strings{"qvi: searching the instruments: Incorrect device- map", "status: 1"}),
+              Run({"measure", "--device", "SerialLessDriver_1"}));
 }
 
 // qvi measure --wait-button in the background; the test presses the button

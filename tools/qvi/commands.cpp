@@ -1158,18 +1158,17 @@ std::unique_ptr<ResultSet> Instruments(const Options& options)
         } catch (const Utilities::Exception& failure) {
             throw LibraryError("driver " + name + ": " + LibraryText(failure));
         }
-        if (!finder.IsValid()) {
-            // A driver that finds no devices itself.
-            result->Add({name, "", "", "", "", "", ""});
-            continue;
-        }
         Utilities::List<QVIManager::QVIInstrumentManager::DeviceMap> found;
         try {
-            found = finder->FindDevices();
+            if (finder.IsValid()) {
+                found = finder->FindDevices();
+            }
         } catch (const Utilities::Exception& failure) {
             throw LibraryError("driver " + name + ": " + LibraryText(failure));
         }
         if (found.GetItemCount() == 0) {
+            // A driver without devices (or that finds none itself): a row
+            // of its own.
             result->Add({name, "", "", "", "", "", ""});
         }
         for (Utilities::ListIterator<QVIManager::QVIInstrumentManager::DeviceMap> device = found.Begin(); device.IsValid();
