@@ -11,7 +11,7 @@
 //         ...
 //         QVI_TRACE_RETURN(out[0], ", ", out[1], ", ", out[2]);
 //                                                   // RETURN - CMetry::CMetryService::GetVector - {50, 0.5, -2}
-//         return result;
+//         return out;
 //     }
 //
 //     QVI_TRACE(this, "Utilities", "NamingService", "Resolve");  // BEGIN and CALL: "()"
