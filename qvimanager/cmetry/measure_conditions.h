@@ -278,7 +278,7 @@ public:
     class Initialisator : public Utilities::SmartPointer<QVMeasureConditions> {
     public:
         Initialisator();
-        void Invariant() const {}
+        void Invariant() const override {}
         // The empty text.
         Diagnostics::String GetValueString() const override;
         // Copies `values` up to, not including, the first "Undefined" into
