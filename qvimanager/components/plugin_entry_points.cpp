@@ -13,6 +13,12 @@ Utilities::String loadFailureText;
 
 } // namespace
 
+// As in the header: a C++ reference under C linkage, on purpose.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
+
 extern "C" {
 
 __attribute__((visibility("default"))) void PluginResolve(const Utilities::String& name,
@@ -43,3 +49,7 @@ __attribute__((visibility("default"))) const char* PluginLoadFailure()
     return loadFailureText.Length() == 0 ? nullptr : loadFailureText.GetCharPointer();
 }
 }
+
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif

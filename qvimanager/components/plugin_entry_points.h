@@ -28,6 +28,15 @@
 #include "qvimanager/foundation/smart_pointer.h"
 #include "qvimanager/foundation/string.h"
 
+// The entry points are C++ functions with unmangled names: the loader finds
+// them by name and calls them from C++, so a C++ reference may cross. Clang
+// warns about such a return type under C linkage; the warning is off for
+// these declarations, in every file that includes them.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
+
 extern "C" {
 
 // Makes or hands out the named component into *out; an unknown name leaves
@@ -42,5 +51,9 @@ void PluginPrepareForUnload();
 // The text of the first failed registration of the file, or null.
 const char* PluginLoadFailure();
 }
+
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
 
 #endif
