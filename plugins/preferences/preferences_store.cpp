@@ -21,8 +21,9 @@
 // file that a killed writer left is written over by the next one. The file
 // keeps its permission bits; a new one gets 0644 less the umask.
 //
-// A file that cannot be read, or is corrupt, is an error and never an
-// empty store: GetValue and SetValue throw QVIManager::ExceptionQVIModule
+// A file that cannot be read (a folder, or a FIFO, device or socket, which
+// could block or never end, at its place), or is corrupt, is an error and
+// never an empty store: GetValue and SetValue throw QVIManager::ExceptionQVIModule
 // ("Error in Preferences: <file>, line <n>: <what is wrong>", or
 // "<file>: <what failed>: <the system's reason>"), and SetValue leaves such
 // a file as it is. ExceptionQVIModule is the exception the library keeps
@@ -154,7 +155,9 @@ public:
 // when there is no file.
 bool ReadFile(const std::string& path, std::string& text, mode_t& mode)
 {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // Not blocking: a FIFO at the file's place must not hold the caller
+    // until someone writes to it (it is refused below).
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (file.fd < 0) {
         if (errno == ENOENT) {
             return false;
@@ -168,6 +171,10 @@ bool ReadFile(const std::string& path, std::string& text, mode_t& mode)
     if (S_ISDIR(status.st_mode)) {
         errno = EISDIR;
         FailOnFile(path, "cannot read it");
+    }
+    // A FIFO, a device or a socket could block or never end.
+    if (!S_ISREG(status.st_mode)) {
+        Fail(path + ": cannot read it: not a regular file");
     }
     mode = status.st_mode & 07777;
     text.clear();

@@ -163,6 +163,10 @@ Configuration ReadConfiguration(const std::string& path)
     if (fs::is_directory(path, ignored)) {
         throw Error(path, 0, "is a folder, not a configuration file");
     }
+    // A FIFO or a device could block the driver or never end.
+    if (fs::exists(path, ignored) && !fs::is_regular_file(path, ignored)) {
+        throw Error(path, 0, "is not a regular file");
+    }
     std::ifstream input(path, std::ios::binary);
     if (!input) {
         throw Error(path, 0, "cannot read the configuration: " + std::string(std::strerror(errno)));
@@ -258,6 +262,14 @@ const Device* FindByNameAndSerial(const Configuration& configuration, const std:
 ControlLines ReadControl(const std::string& path, std::size_t offset)
 {
     ControlLines result;
+    // Only a regular file is read: a FIFO or a device could block the
+    // driver or never end, and counts as missing.
+    std::error_code ignored;
+    if (!fs::is_regular_file(path, ignored)) {
+        result.restarted = offset > 0;
+        result.end = 0;
+        return result;
+    }
     std::ifstream input(path, std::ios::binary);
     std::string content;
     if (input) {

@@ -46,7 +46,8 @@
 // "unplug" of the whole file in order: it outlives the process that read
 // it. A file that became shorter than what was taken in (truncated or
 // removed) is read from its start again, and the device is back in its
-// configured state. A missing file is an empty one.
+// configured state. A missing file is an empty one, and so is one that is
+// not a regular file (a FIFO or a device could block the driver).
 //
 // Every failure raises Simulator::Error with the file and line ("<file>:
 // <line>: <text>", or "<file>: <text>" for the file as a whole).

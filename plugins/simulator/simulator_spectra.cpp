@@ -54,6 +54,10 @@ std::vector<Spectrum> ReadSpectra(const std::string& path, double scale)
     if (std::filesystem::is_directory(path, ignored)) {
         throw Error(path, 0, "is a folder, not a CGATS file of spectra");
     }
+    // A FIFO or a device could block the driver or never end.
+    if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored)) {
+        throw Error(path, 0, "is not a regular file");
+    }
     std::ifstream input(path, std::ios::binary);
     if (!input) {
         throw Error(path, 0, "cannot read the spectra: " + std::string(std::strerror(errno)));

@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -496,6 +498,27 @@ TEST(SimulatorConfigurationFile, AMissingConfigurationIsReported)
               folder.RunHost({"find"}));
 }
 
+// A FIFO could hold the driver until someone writes to it, and a device
+// could never end: only regular files are read.
+TEST(SimulatorConfigurationFile, AFifoInsteadOfTheConfigurationIsRefusedWithoutWaiting)
+{
+    SimulatorFolder folder;
+    ASSERT_EQ(0, mkfifo(folder.Configuration().c_str(), 0600));
+    EXPECT_EQ((Lines{std::string(kError) + folder.Configuration().string() + ": is not a regular file"}),
+              folder.RunHost({"find"}));
+}
+
+TEST(SimulatorReadings, AFifoInsteadOfTheSpectraIsRefusedWithoutWaiting)
+{
+    SimulatorFolder folder;
+    const fs::path spectra = folder.root / "fifo.cgats";
+    ASSERT_EQ(0, mkfifo(spectra.c_str(), 0600));
+    folder.Configure(Section("F", "fifo.cgats"));
+    EXPECT_EQ((Lines{"found: SimulatedSpectrophotometer_F", std::string(kError) + spectra.string() +
+                                                                ": is not a regular file"}),
+              folder.RunHost({"find", "measure:SimulatedSpectrophotometer_F:1"}));
+}
+
 // ---------------------------------------------------------------- the control file
 
 // The plug state is the configuration's, changed by every "plug" and
@@ -523,6 +546,17 @@ TEST_F(SimulatorWithThreeSpectra, TheControlFileCanBeNamedInTheConfiguration)
     Append(folder.root / "cable" / "s1.txt", "plug\n");
     Append(folder.Control("S1"), "unplug\n");
     EXPECT_EQ((Lines{"available: yes"}), folder.RunHost({"available:S1"}));
+}
+
+// A control file that is a FIFO counts as missing: the device keeps its
+// configured state and nothing waits for a writer.
+TEST_F(SimulatorWithThreeSpectra, AFifoAsTheControlFileCountsAsMissing)
+{
+    folder.Configure(Section("S1", "three.cgats", "control = s1.fifo\nplugged = no\n") +
+                     Section("S2", "three.cgats", "control = s2.fifo\n"));
+    ASSERT_EQ(0, mkfifo((folder.root / "s1.fifo").c_str(), 0600));
+    ASSERT_EQ(0, mkfifo((folder.root / "s2.fifo").c_str(), 0600));
+    EXPECT_EQ((Lines{"available: no", "available: yes"}), folder.RunHost({"available:S1", "available:S2"}));
 }
 
 // A press reaches the callback registered through InstrumentEvents_V1 with

@@ -470,6 +470,17 @@ TEST_F(PreferencesStore, AFileThatCannotBeReadIsReportedAndNotTakenAsEmpty)
     EXPECT_FALSE(fs::exists(Temporary()));
 }
 
+// A FIFO at the file's place would hold the store until someone writes to
+// it: it is refused at once, and left as it is.
+TEST_F(PreferencesStore, AFifoAtTheFilesPlaceIsRefusedWithoutWaiting)
+{
+    ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
+    const std::string failure = "failure: Error in Preferences: " + file.string() + ": cannot read it: not a regular file";
+    EXPECT_EQ((Lines{failure, failure}), Host({Get("Section", "key", "none"), Set("Section", "key", "new")}));
+    EXPECT_TRUE(fs::is_fifo(file));
+    EXPECT_FALSE(fs::exists(Temporary()));
+}
+
 TEST_F(PreferencesStore, AFileWithoutReadPermissionIsReportedAndLeftAsItWas)
 {
     if (geteuid() == 0) {
