@@ -80,7 +80,8 @@ using Utilities::SmartPointer;
 using Utilities::String;
 using DeviceMap = Map<String, String>;
 
-const char* const kDriver = "SimulatedSpectrophotometer";
+// A constant expression: trace points keep it in a constant-initialised site.
+constexpr const char* kDriver = "SimulatedSpectrophotometer";
 const char* const kButton = "Button";
 const char* const kConnection = "Connection";
 

@@ -198,6 +198,9 @@ void TraceMessage(const TraceSite& site, const void* object, const char* functio
 
 } // namespace Diagnostics
 
+// `package` and `className` must be constant expressions (string literals,
+// or `constexpr const char*` names): they initialise the point's site at
+// compile time. A `const char* const` is not one for every compiler.
 #define QVI_TRACE_BEGIN(object, package, className, function)                                                   \
     static constinit ::Diagnostics::TraceSite qviTraceSite{package, className};                                 \
     ::Diagnostics::TraceScope qviTraceScope(qviTraceSite, object, function)
