@@ -210,7 +210,7 @@ void Tokens(const std::string& clean, char separator, unsigned long index)
     Check(got == expected, "GetTokens of \"" + clean + "\"");
 }
 
-void Pieces(const std::string& clean, unsigned long start, unsigned long count, const std::string& from,
+void Searches(const std::string& clean, unsigned long start, unsigned long count, const std::string& from,
             const std::string& to)
 {
     const String text(clean.c_str());
@@ -354,7 +354,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (separator != '\0') {
         Tokens(clean, separator, index);
     }
-    Pieces(clean, start, count, WithoutNul(from), WithoutNul(to));
+    Searches(clean, start, count, WithoutNul(from), WithoutNul(to));
     Numbers(clean);
     if ((selector & 1) != 0) {
         // A value near the rounding steps, as text files give them.

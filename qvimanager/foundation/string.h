@@ -118,7 +118,8 @@ public:
 
     // Text to number. Blanks and tabs are skipped, then one '+'; the digits
     // that follow make the number, and the first other character ends it
-    // ("12abc" is 12). No digit there: "<text> is not a valid number.".
+    // ("12abc" is 12, "+" alone is 0). Neither a '+' nor a digit there:
+    // "<text> is not a valid number.".
     // Beyond 4294967295: "<text> is to big for an unsigned long.".
     unsigned long GetUnsignedLong() const;
     // As GetUnsignedLong; 65536 or more: "<text> is to big for a short.".
