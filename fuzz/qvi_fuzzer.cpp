@@ -111,6 +111,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     arguments.push_back(samples);
     arguments.insert(arguments.end(), options.begin(), options.end());
 
+    // The files go when the input is done, whatever happens to it.
+    struct Remover {
+        std::vector<std::string> paths;
+        ~Remover()
+        {
+            for (const std::string& path : paths) {
+                std::remove(path.c_str());
+            }
+        }
+    } remover{{samples, Scratch("reference.cgats")}};
+
     std::vector<char*> argv;
     for (std::string& argument : arguments) {
         argv.push_back(argument.data());

@@ -29,16 +29,28 @@ namespace {
 namespace fs = std::filesystem;
 using Fuzz::Check;
 
+// The process's scratch folder, removed when the process ends.
+class ScratchFolder {
+public:
+    ScratchFolder()
+    {
+        const char* scratch = std::getenv("QVIMANAGER_FUZZ_SCRATCH");
+        path = fs::path(scratch != nullptr && *scratch != '\0' ? scratch : "/tmp") /
+               ("simulator-fuzz-" + std::to_string(getpid()));
+        fs::create_directories(path);
+    }
+    ~ScratchFolder()
+    {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+    fs::path path;
+};
+
 const fs::path& Folder()
 {
-    static const fs::path folder = [] {
-        const char* scratch = std::getenv("QVIMANAGER_FUZZ_SCRATCH");
-        fs::path path = fs::path(scratch != nullptr && *scratch != '\0' ? scratch : "/tmp") /
-                        ("simulator-fuzz-" + std::to_string(getpid()));
-        fs::create_directories(path);
-        return path;
-    }();
-    return folder;
+    static const ScratchFolder folder;
+    return folder.path;
 }
 
 void Write(const fs::path& path, const std::string& text)
