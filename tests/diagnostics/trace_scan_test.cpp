@@ -226,9 +226,9 @@ TEST(TraceScan, FilesRefusedBeforeLoadingAreTracedWithTheReason)
                                                        header.e_phnum * sizeof(ElfW(Phdr)), header.e_phoff)},
         {"TruncatedWithinALoadedSegment",
          truncated(TestSupport::WithinTheCodeSegment(real), codeName, code.p_filesz, code.p_offset)},
-        // The section header table is at the end, after the segments.
-        {"TruncatedToHalfItsSize", truncated(real.size() / 2, "section header table",
-                                             std::uint64_t{header.e_shnum} * header.e_shentsize, header.e_shoff)},
+        {"TruncatedWithinTheSectionHeaders", truncated(TestSupport::WithinTheSectionHeaders(real),
+                                                       "section header table",
+                                                       header.e_shnum * sizeof(ElfW(Shdr)), header.e_shoff)},
         {"LoadedSegmentReachingPastTheEnd",
          truncated(real.size(), codeName, std::numeric_limits<decltype(code.p_filesz)>::max(), code.p_offset)},
         {"BuiltForAnotherMachine", otherMachine},

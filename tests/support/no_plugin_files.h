@@ -87,7 +87,8 @@ inline void WriteFile(const std::filesystem::path& at, const std::string& bytes)
 }
 
 // The sizes the plug-in is cut to: within its ELF header, within its
-// program header table, halfway into its code segment.
+// program header table, within its section header table (at the end of the
+// file, after the segments), halfway into its code segment.
 inline std::size_t WithinTheElfHeader()
 {
     return sizeof(ElfW(Ehdr)) / 2;
@@ -96,6 +97,11 @@ inline std::size_t WithinTheProgramHeaders(const std::string& bytes)
 {
     const ElfW(Ehdr) header = ElfHeaderOf(bytes);
     return header.e_phoff + header.e_phentsize + header.e_phentsize / 2;
+}
+inline std::size_t WithinTheSectionHeaders(const std::string& bytes)
+{
+    const ElfW(Ehdr) header = ElfHeaderOf(bytes);
+    return header.e_shoff + header.e_shentsize + header.e_shentsize / 2;
 }
 inline std::size_t WithinTheCodeSegment(const std::string& bytes)
 {
@@ -185,6 +191,7 @@ inline std::vector<NoPluginFile> NoPluginFiles()
          }},
         {"TruncatedWithinTheElfHeader", CutTo([](const std::string&) { return WithinTheElfHeader(); })},
         {"TruncatedWithinTheProgramHeaders", CutTo(WithinTheProgramHeaders)},
+        {"TruncatedWithinTheSectionHeaders", CutTo(WithinTheSectionHeaders)},
         {"TruncatedTo4096Bytes", CutTo([](const std::string&) { return std::size_t{4096}; })},
         {"TruncatedTo8000Bytes", CutTo([](const std::string&) { return std::size_t{8000}; })},
         {"TruncatedTo20000Bytes", CutTo([](const std::string&) { return std::size_t{20000}; })},
