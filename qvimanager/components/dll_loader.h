@@ -18,7 +18,10 @@
 // A name without a '/' is taken as a file in the current directory, never
 // looked up on the system's library path. A plug-in whose component
 // registration failed while it loaded (PluginLoadFailure) counts as a file
-// that could not be loaded, and is unloaded again at once.
+// that could not be loaded, and is unloaded again at once. A file that is
+// not a shared object of this machine, or is truncated, cannot be loaded
+// either: its headers are checked first, and it never reaches the system's
+// dynamic loader.
 
 #include "qvimanager/components/dll_loader_base.h"
 

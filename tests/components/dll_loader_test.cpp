@@ -6,6 +6,7 @@
 #include "qvimanager/foundation/exception.h"
 #include "tests/plugins/plugin_probe.h"
 #include "tests/support/failure_text.h"
+#include "tests/support/no_plugin_files.h"
 
 #include <gtest/gtest.h>
 
@@ -200,6 +201,30 @@ TEST(DllLoader, DirectoryNamedLikeAPluginIsNoPlugin)
     rmdir(directory.c_str());
     rmdir(pattern);
 }
+
+// Each file that is no plug-in (no_plugin_files.h) is refused in this
+// process, which goes on: given to the dynamic loader, a truncated one
+// would end it.
+class NoPluginFile : public ::testing::TestWithParam<TestSupport::NoPluginFile> {};
+
+TEST_P(NoPluginFile, IsNoPluginAndFailsQueriesWithoutEndingTheProcess)
+{
+    TestSupport::ScratchFolder folder;
+    const std::string path = (folder.root / "x.dll").string();
+    GetParam().make(path);
+    SmartPointer<DllLoader> loader = DllLoader::NewInstance();
+    loader->SetDLLName(String(path.c_str()));
+    EXPECT_FALSE(loader->IsValidPluginDLL());
+    EXPECT_FALSE(loader->FunctionPointersValid());
+    EXPECT_EQ(kCantLoad, FailureText<ExceptionDllLoader>([&] { loader->GetComponentDescriptors(); }));
+    SmartPointer<Component> out;
+    EXPECT_EQ(kCantLoad, FailureText<ExceptionDllLoader>([&] { loader->Resolve(String("PluginLamp"), &out); }));
+    EXPECT_FALSE(out.IsValid());
+    EXPECT_NO_THROW(loader->UnloadDLLIfPossible());
+}
+
+INSTANTIATE_TEST_SUITE_P(DllLoader, NoPluginFile, ::testing::ValuesIn(TestSupport::NoPluginFiles()),
+                         TestSupport::NoPluginFileName);
 
 TEST(DllLoader, FileThatCannotRegisterItsComponentsDoesNotLoad)
 {

@@ -10,6 +10,7 @@
 #include "tests/plugins/plugin_probe.h"
 #include "tests/support/failure_text.h"
 #include "tests/support/library_components.h"
+#include "tests/support/no_plugin_files.h"
 
 #include <gtest/gtest.h>
 
@@ -126,6 +127,27 @@ TEST(NamingServiceLoad, TextFileIsRefusedWithItsPath)
     EXPECT_EQ(NotAPluginText(path), FailureText<ExceptionNamingService>([] { Load("not_a_plugin"); }));
     EXPECT_EQ(std::vector<std::string>{}, Names());
 }
+
+// Each file that is no plug-in (no_plugin_files.h), added in this process,
+// which goes on.
+class NoPluginFile : public ::testing::TestWithParam<TestSupport::NoPluginFile> {};
+
+TEST_P(NoPluginFile, IsRefusedWithItsPathAndAPluginLoadsAfterIt)
+{
+    TestSupport::ScratchFolder folder;
+    const std::string path = (folder.root / "x.dll").string();
+    GetParam().make(path);
+    EXPECT_EQ(NotAPluginText(path), FailureText<ExceptionNamingService>([&] {
+                  NamingService::Instance()->LoadAdditionalPluginLibrary(
+                      *Utilities::File::NewInstance(String(path.c_str())));
+              }));
+    EXPECT_EQ(std::vector<std::string>{}, Names());
+    Load("two_components");
+    EXPECT_EQ((std::vector<std::string>{"PluginLamp", "PluginClock"}), Names());
+}
+
+INSTANTIATE_TEST_SUITE_P(NamingServiceLoad, NoPluginFile, ::testing::ValuesIn(TestSupport::NoPluginFiles()),
+                         TestSupport::NoPluginFileName);
 
 TEST(NamingServiceLoad, FileWithoutAllFourEntryPointsIsRefused)
 {

@@ -4,8 +4,9 @@
 // chooses; then it runs the host and reads what it prints.
 
 #include "tests/components/load_test_plugin.h"
-#include "tests/support/scan_folder.h"
 #include "tests/support/library_components.h"
+#include "tests/support/no_plugin_files.h"
+#include "tests/support/scan_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -137,6 +138,32 @@ TEST(PluginScan, SkippedFileIsRefusedWhenAddedDirectly)
     EXPECT_EQ((std::vector<std::string>{NamesLine(), "load: NamingService: " + path + " is not a valid plugin DLL."}),
               folder.Run({"names", "load:" + path}));
 }
+
+// Each file that is no plug-in (no_plugin_files.h), whatever is wrong
+// with it: the host neither dies nor stops.
+class NoPluginFile : public ::testing::TestWithParam<TestSupport::NoPluginFile> {};
+
+TEST_P(NoPluginFile, IsSkippedAndThePluginsBeforeAndAfterItAreRegistered)
+{
+    ScanFolder folder;
+    folder.Add("two_components", "a.dll");
+    GetParam().make(folder.Plugins() / "b.dll");
+    folder.Add("same_name_first", "c.dll");
+    EXPECT_EQ(NamesLine("PluginLamp PluginClock SharedName"), folder.RunOne("names"));
+}
+
+TEST_P(NoPluginFile, IsRefusedWhenAddedDirectlyAndTheHostGoesOn)
+{
+    ScanFolder folder;
+    const std::string path = (folder.root / "x.dll").string();
+    GetParam().make(path);
+    EXPECT_EQ((std::vector<std::string>{"load: NamingService: " + path + " is not a valid plugin DLL.", "load: ok",
+                                        NamesLine("PluginLamp PluginClock")}),
+              folder.Run({"load:" + path, "load:" + TestPlugins::PluginPath("two_components"), "names"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(PluginScan, NoPluginFile, ::testing::ValuesIn(TestSupport::NoPluginFiles()),
+                         TestSupport::NoPluginFileName);
 
 TEST(PluginScan, FileAddedAfterTheScanMeetsTheRevisionRule)
 {

@@ -8,15 +8,19 @@
 // own beside a "plugins" folder it fills, and runs it there (a process of
 // its own), so that the trace file is the folder's.
 
+#include "tests/support/no_plugin_files.h"
 #include "tests/support/scan_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -184,6 +188,65 @@ TEST(TraceScan, AnUnexpectedFailureOfTheScan)
     host.Run({});
     EXPECT_TRUE(host.Traced("NamingService: Component added: HandmadeBeforeBadName"));
     EXPECT_TRUE(host.TracedStarting("NamingService initialization: Unexpected exception occured: "));
+}
+
+// Files the loader refuses before the dynamic loader sees them, each
+// traced with why. The numbers are read from the plug-in they were made of.
+TEST(TraceScan, FilesRefusedBeforeLoadingAreTracedWithTheReason)
+{
+    using std::to_string;
+    const std::string real = TestSupport::RealPluginBytes();
+    const ElfW(Ehdr) header = TestSupport::ElfHeaderOf(real);
+    const std::size_t codeIndex = TestSupport::CodeSegmentIndex(real);
+    const ElfW(Phdr) code = TestSupport::ProgramHeaderOf(real, codeIndex);
+    const std::string codeName = "PT_LOAD segment (program header " + to_string(codeIndex) + ")";
+    const auto truncated = [](std::uint64_t has, const std::string& part, std::uint64_t needs, std::uint64_t from) {
+        return "the file is truncated: it has " + to_string(has) + " bytes, its " + part + " needs " +
+               to_string(needs) + " bytes from byte " + to_string(from);
+    };
+    const std::string otherMachine = "not a shared object of this machine: its machine (e_machine) is " +
+                                     to_string(TestSupport::OtherMachine(header.e_machine)) + ", this library's is " +
+                                     to_string(header.e_machine);
+    const unsigned char elfClass = header.e_ident[EI_CLASS];
+    const std::string otherClass = "not a shared object of this machine: its ELF class is " +
+                                   to_string(elfClass == ELFCLASS64 ? ELFCLASS32 : ELFCLASS64) +
+                                   ", this library's is " + to_string(elfClass);
+    const unsigned char byteOrder = header.e_ident[EI_DATA];
+    const std::string otherByteOrder = "not a shared object of this machine: its byte order (EI_DATA) is " +
+                                       to_string(byteOrder == ELFDATA2LSB ? ELFDATA2MSB : ELFDATA2LSB) +
+                                       ", this library's is " + to_string(byteOrder);
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"EmptyFile", "not an ELF file"},
+        {"TextFile", "not an ELF file"},
+        {"Directory", "not a regular file"},
+        {"NamedPipe", "not a regular file"},
+        {"TruncatedWithinTheElfHeader", truncated(TestSupport::WithinTheElfHeader(), "ELF header", sizeof header, 0)},
+        {"TruncatedWithinTheProgramHeaders", truncated(TestSupport::WithinTheProgramHeaders(real),
+                                                       "program header table",
+                                                       header.e_phnum * sizeof(ElfW(Phdr)), header.e_phoff)},
+        {"TruncatedWithinALoadedSegment",
+         truncated(TestSupport::WithinTheCodeSegment(real), codeName, code.p_filesz, code.p_offset)},
+        {"TruncatedWithinTheSectionHeaders", truncated(TestSupport::WithinTheSectionHeaders(real),
+                                                       "section header table",
+                                                       header.e_shnum * sizeof(ElfW(Shdr)), header.e_shoff)},
+        {"LoadedSegmentReachingPastTheEnd",
+         truncated(real.size(), codeName, std::numeric_limits<decltype(code.p_filesz)>::max(), code.p_offset)},
+        {"BuiltForAnotherMachine", otherMachine},
+        {"OtherElfClass", otherClass},
+        {"OtherByteOrder", otherByteOrder},
+        {"ProgramHeaderEntriesOfAnotherSize", "malformed program header table: entries of " +
+                                                  to_string(sizeof(ElfW(Phdr)) / 2) + " bytes, not " +
+                                                  to_string(sizeof(ElfW(Phdr)))},
+        {"ExecutableInsteadOfASharedObject", "not a shared object: its ELF type (e_type) is " + to_string(ET_EXEC)},
+    };
+    TracedHost host;
+    for (const auto& [name, reason] : cases) {
+        TestSupport::MakeNoPluginFile(name, host.Plugins() / (name + ".dll"));
+    }
+    host.Run({});
+    for (const auto& [name, reason] : cases) {
+        EXPECT_TRUE(host.Traced("Can't load DLL: " + host.Plugin(name + ".dll") + " - reason: " + reason)) << name;
+    }
 }
 
 TEST(TraceScan, NoPluginFolder)
