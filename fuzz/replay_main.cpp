@@ -3,7 +3,9 @@
 // their subfolders), in name order. A crash, a sanitizer report or a broken
 // check ends the program as it would end the fuzzer; otherwise it prints
 // how many inputs it ran and exits 0. A folder or file that does not exist
-// is an error: a test that runs nothing must not pass.
+// is an error, unless `--if-present` stands before it (the regressions of a
+// target that has none yet), and so is running no input at all: a test
+// that runs nothing must not pass.
 
 #include <algorithm>
 #include <cstddef>
@@ -26,8 +28,15 @@ int main(int argc, char** argv)
     }
     std::vector<fs::path> inputs;
     for (int i = 1; i < argc; ++i) {
+        const bool optional = std::string(argv[i]) == "--if-present" && i + 1 < argc;
+        if (optional) {
+            ++i;
+        }
         const fs::path path(argv[i]);
         std::error_code error;
+        if (optional && !fs::exists(path, error)) {
+            continue;
+        }
         if (fs::is_directory(path, error)) {
             for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
                 if (entry.is_regular_file()) {
