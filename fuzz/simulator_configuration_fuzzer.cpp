@@ -59,12 +59,13 @@ void Write(const fs::path& path, const std::string& text)
     file << text;
 }
 
-std::string Part(std::string& rest)
+// The text up to the next "\n%%\n" line, taken off the front of `rest`.
+std::string NextFile(std::string& rest)
 {
     const std::size_t parting = rest.find("\n%%\n");
-    std::string part = rest.substr(0, parting);
+    std::string file = rest.substr(0, parting);
     rest = parting == std::string::npos ? std::string() : rest.substr(parting + 4);
-    return part;
+    return file;
 }
 
 } // namespace
@@ -72,8 +73,8 @@ std::string Part(std::string& rest)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::string rest(reinterpret_cast<const char*>(data), size);
-    const std::string configurationText = Part(rest);
-    const std::string controlText = Part(rest);
+    const std::string configurationText = NextFile(rest);
+    const std::string controlText = NextFile(rest);
     const std::string spectraText = rest;
     const fs::path configurationPath = Folder() / "sim.conf";
     const fs::path controlPath = Folder() / "dev.control";

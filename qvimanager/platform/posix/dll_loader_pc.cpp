@@ -96,11 +96,11 @@ public:
     const int descriptor;
 };
 
-// "the file is truncated: it has <size> bytes, its <part> needs <length>
+// "the file is truncated: it has <size> bytes, its <region> needs <length>
 // bytes from byte <offset>".
-std::string Truncated(std::uint64_t size, const std::string& part, std::uint64_t length, std::uint64_t offset)
+std::string Truncated(std::uint64_t size, const std::string& region, std::uint64_t length, std::uint64_t offset)
 {
-    return "the file is truncated: it has " + std::to_string(size) + " bytes, its " + part + " needs " +
+    return "the file is truncated: it has " + std::to_string(size) + " bytes, its " + region + " needs " +
            std::to_string(length) + " bytes from byte " + std::to_string(offset);
 }
 
@@ -114,7 +114,7 @@ bool Within(std::uint64_t size, std::uint64_t offset, std::uint64_t length)
 // Why the file at `path` must not be given to the dynamic loader, or ""
 // when it may be: the loader maps the file's segments as they are described
 // and dies with SIGBUS on a page the file does not hold, so the headers are
-// read here first, and every part the loader maps or reads must lie within
+// read here first, and every region the loader maps or reads must lie within
 // the file.
 std::string RefusalOf(const char* path)
 {
