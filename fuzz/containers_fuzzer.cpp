@@ -8,6 +8,7 @@
 // keys in insertion order and sorts a copy by bucket, stably.
 
 #include "fuzz/fuzz_input.h"
+#include "fuzz/string_text.h"
 
 #include "qvimanager/foundation/anything.h"
 #include "qvimanager/foundation/containers.h"
@@ -24,6 +25,7 @@
 namespace {
 
 using Fuzz::Check;
+using Fuzz::Text;
 using Utilities::Anything;
 using Utilities::List;
 using Utilities::ListIterator;
@@ -31,11 +33,6 @@ using Utilities::Map;
 using Utilities::MapIterator;
 using Utilities::String;
 using Utilities::Vector;
-
-std::string Text(const String& text)
-{
-    return std::string(text.GetCharPointer(), text.Length());
-}
 
 // Keys without NUL: Map compares keys as C strings.
 std::string Key(Fuzz::Input& input)

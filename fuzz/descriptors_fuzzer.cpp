@@ -8,6 +8,7 @@
 // among the matching descriptors.
 
 #include "fuzz/fuzz_input.h"
+#include "fuzz/string_text.h"
 
 #include "qvimanager/components/naming_service.h"
 #include "qvimanager/components/naming_service_iterator.h"
@@ -30,6 +31,7 @@
 namespace {
 
 using Fuzz::Check;
+using Fuzz::Text;
 using Utilities::Anything;
 using Utilities::List;
 using Utilities::ListIterator;
@@ -57,11 +59,6 @@ const char* const kNames[] = {"Alpha", "Beta", "Gamma", "Alpha ", "alpha", ""};
 const char* const kVersions[] = {"$Revision: 1.5 $", "$Revision: 1.10 $", "$Revision: 1.9 $", "$Revision: 2 $",
                                  "1.5", "$Revision:  $", "$Revision: x $"};
 const char* const kCategories[] = {"TestSort", "Other", ""};
-
-std::string Text(const String& text)
-{
-    return std::string(text.GetCharPointer(), text.Length());
-}
 
 String Choose(Fuzz::Input& input, const char* const* pool, unsigned count)
 {

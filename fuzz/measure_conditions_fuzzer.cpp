@@ -9,6 +9,7 @@
 // Input: steps of a selector byte and its texts, then 36 bytes of spectrum.
 
 #include "fuzz/fuzz_input.h"
+#include "fuzz/string_text.h"
 
 #include "qvimanager/cmetry/cmetry_service.h"
 #include "qvimanager/cmetry/color_vector.h"
@@ -28,6 +29,7 @@ using CMetry::DensityService;
 using CMetry::QVColorVector;
 using CMetry::QVMeasureConditions;
 using CMetry::QVSpectrum;
+using Fuzz::Text;
 using Utilities::String;
 
 const char* const kKeys[] = {
@@ -46,11 +48,6 @@ const char* const kKeys[] = {
     "CustomCondition",
 };
 constexpr unsigned kKeyCount = sizeof kKeys / sizeof kKeys[0];
-
-std::string Text(const String& text)
-{
-    return std::string(text.GetCharPointer(), text.Length());
-}
 
 // Sets the condition; true if it was taken.
 bool Set(QVMeasureConditions& conditions, const String& key, const String& value)

@@ -101,11 +101,9 @@ run_one() {
 failed=0
 running=0
 pids=()
-names=()
 for target in "${targets[@]}"; do
   run_one "$target" &
   pids+=($!)
-  names+=("$target")
   running=$((running + 1))
   if [ "$running" -ge "$jobs" ]; then
     wait "${pids[0]}" || failed=1

@@ -7,6 +7,7 @@
 // Input: a selector byte per operation, its parameters, then the texts.
 
 #include "fuzz/fuzz_input.h"
+#include "fuzz/string_text.h"
 
 #include "qvimanager/foundation/containers.h"
 #include "qvimanager/foundation/exception.h"
@@ -22,13 +23,9 @@
 namespace {
 
 using Fuzz::Check;
+using Fuzz::Text;
 using Utilities::ExceptionOutOfBound;
 using Utilities::String;
-
-std::string Text(const String& text)
-{
-    return std::string(text.GetCharPointer(), text.Length());
-}
 
 std::string WithoutNul(std::string text)
 {

@@ -23,6 +23,21 @@ namespace TestSupport {
 
 namespace fs = std::filesystem;
 
+// Every line a program started with popen prints, without its line end.
+inline std::vector<std::string> OutputLines(FILE* pipe)
+{
+    std::vector<std::string> output;
+    std::array<char, 4096> buffer{};
+    while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
+        std::string text(buffer.data());
+        if (!text.empty() && text.back() == '\n') {
+            text.pop_back();
+        }
+        output.push_back(text);
+    }
+    return output;
+}
+
 class ScanFolder {
 public:
     // A new folder with a copy of the program `host`.
@@ -74,18 +89,10 @@ public:
         line += " 2>&1";
         FILE* const pipe = popen(line.c_str(), "r");
         EXPECT_NE(nullptr, pipe);
-        std::vector<std::string> output;
         if (pipe == nullptr) {
-            return output;
+            return {};
         }
-        std::array<char, 4096> buffer{};
-        while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
-            std::string text(buffer.data());
-            if (!text.empty() && text.back() == '\n') {
-                text.pop_back();
-            }
-            output.push_back(text);
-        }
+        const std::vector<std::string> output = OutputLines(pipe);
         EXPECT_EQ(0, pclose(pipe)) << "the host did not end cleanly";
         return output;
     }

@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -298,20 +297,12 @@ protected:
             line += " '" + argument + "'";
         }
         line += " 2>&1; echo \"status: $?\"";
-        Strings output;
         FILE* const pipe = popen(line.c_str(), "r");
         if (pipe == nullptr) {
             ADD_FAILURE() << "cannot run qvi";
-            return output;
+            return {};
         }
-        std::array<char, 4096> buffer{};
-        while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
-            std::string text(buffer.data());
-            if (!text.empty() && text.back() == '\n') {
-                text.pop_back();
-            }
-            output.push_back(text);
-        }
+        const Strings output = TestSupport::OutputLines(pipe);
         pclose(pipe);
         return output;
     }
