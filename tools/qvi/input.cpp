@@ -403,23 +403,23 @@ void MeasurementFile::Decide(Scale scale, const Evidence& evidence)
     } else if (2 * evidence.above > evidence.samples) {
         divisor = 100.0;
         Note(name + ": reflectance read as 0..100: " + std::to_string(evidence.above) + " of " +
-             std::to_string(evidence.samples) + " samples have values above 2 (--scale sets the scale)");
+             std::to_string(evidence.samples) + " samples have values above 2 (" + scaleOption + " sets the scale)");
     } else if (evidence.above == 0 && evidence.largest <= kFractionCeiling) {
         divisor = 1.0;
-        Note(name + ": reflectance read as 0..1: no value above 1.5 (--scale sets the scale)");
+        Note(name + ": reflectance read as 0..1: no value above 1.5 (" + scaleOption + " sets the scale)");
     } else if (evidence.above > 0) {
         throw Cgats::Error(name, 0,
                            "the reflectance scale is ambiguous: " + std::to_string(evidence.above) + " of " +
                                std::to_string(evidence.samples) +
                                (evidence.above == 1 ? " samples has" : " samples have") + " values above 2 (the first: " +
                                evidence.aboveAt + "), the others none (the first: " + evidence.belowAt +
-                               "); give --scale 1 if the file is 0..1 (then those values are errors or "
-                               "fluorescence) or --scale 100 if it is 0..100");
+                               "); give " + scaleOne + " if the file is 0..1 (then those values are errors or "
+                               "fluorescence) or " + scaleHundred + " if it is 0..100");
     } else {
         throw Cgats::Error(name, 0,
                            "the reflectance scale is ambiguous: the largest value, " + Shortest(evidence.largest) +
                                " (" + evidence.largestAt +
-                               "), is high for 0..1 and low for 0..100; give --scale 1 or --scale 100");
+                               "), is high for 0..1 and low for 0..100; give " + scaleOne + " or " + scaleHundred);
     }
     RefuseUnlessFitting(evidence.maximum, "it is beyond a float (3.4e38)");
     RefuseUnlessFitting(evidence.minimum, "it is too close to 0 for a float (1.2e-38); write 0");

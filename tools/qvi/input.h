@@ -33,6 +33,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cgats/cgats.h"
@@ -112,6 +113,15 @@ public:
     const Sample* Find(const std::string& id) const;
     // Makes Survey keep every sample (a reference file).
     void KeepAll() { keepAll = true; }
+    // How the messages about the scale name the way to give it: the
+    // option alone and with each divisor ("--scale", "--scale 1",
+    // "--scale 100" unless set).
+    void NameScaleOption(std::string option, std::string one, std::string hundred)
+    {
+        scaleOption = std::move(option);
+        scaleOne = std::move(one);
+        scaleHundred = std::move(hundred);
+    }
     const std::map<std::string, Sample>& Kept() const { return kept; }
 
 private:
@@ -203,6 +213,9 @@ private:
     bool emission = false;
     bool keepAll = false;
     std::map<std::string, Sample> kept;
+    std::string scaleOption = "--scale";
+    std::string scaleOne = "--scale 1";
+    std::string scaleHundred = "--scale 100";
 };
 
 } // namespace Qvi
