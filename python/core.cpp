@@ -229,6 +229,20 @@ std::optional<std::vector<float>> PaperWhiteValues(const std::optional<FloatArra
     return values;
 }
 
+// What to give when a refusal comes from a white base that needs a paper
+// white the call has not got.
+std::string PaperWhiteHint(const Utilities::Exception& failure, const CMetry::QVMeasureConditions& conditions,
+                           bool paperWhite)
+{
+    const std::string text = failure.GetExceptionText().GetCharPointer();
+    const std::string whiteBase = ConditionOf(conditions, "Colorimetric.WhiteBase");
+    if (paperWhite || (text != "CMetryCalculator" && text != "Missing WhiteReference") ||
+        (whiteBase != "Paper" && whiteBase != "Automatic")) {
+        return "";
+    }
+    return "the white base " + whiteBase + " needs a paper white: give paper_white=..., or white_base=\"Absolute\"";
+}
+
 // Where a refusal in row `row` of a batch of `count` rows happened: nothing
 // for a single row.
 std::string Where(const char* what, std::size_t row, std::size_t count)
@@ -279,7 +293,8 @@ py::array_t<float> Color(const FloatArray& spectra, const Pairs& pairs, const st
                 }
             }
         } catch (const Utilities::Exception& failure) {
-            throw Refusal(failure, static_cast<long>(row), Where("spectra", row, count));
+            throw Refusal(failure, static_cast<long>(row), Where("spectra", row, count),
+                          PaperWhiteHint(failure, conditions, white.has_value()));
         }
     }
     return ToArray(std::move(result), {static_cast<py::ssize_t>(count), static_cast<py::ssize_t>(width)});
@@ -309,6 +324,8 @@ py::array_t<float> DeltaE(const FloatArray& reference, const FloatArray& sample,
     const float* second = sample.data();
     const std::optional<std::vector<float>> white = PaperWhiteValues(paperWhite);
     const bool viaLab = de2000 || referenceWidth == 3 || sampleWidth == 3;
+    // The side whose rows the result follows, for messages.
+    const char* const side = samples == 1 && references > 1 ? "reference" : "sample";
     std::vector<float> result(count);
     {
         py::gil_scoped_release released;
@@ -358,17 +375,17 @@ py::array_t<float> DeltaE(const FloatArray& reference, const FloatArray& sample,
                                         : CMetry::CMetryService::GetDeltaE(leftLab, rightLab, p1, p2, p3);
                 }
                 if (!std::isfinite(difference)) {
-                    RefuseResult(count == 1 ? "sample" : "row", row, "colour difference");
+                    RefuseResult(side, row, "colour difference");
                 }
                 result[row] = difference;
             }
         } catch (const Utilities::Exception& failure) {
-            std::string hint;
+            std::string hint = PaperWhiteHint(failure, conditions, white.has_value());
             const std::string formula = ConditionOf(conditions, kFormulaKey);
-            if (viaLab && !de2000 && formula != "CIELab" && formula != "94") {
+            if (hint.empty() && viaLab && !de2000 && formula != "CIELab" && formula != "94") {
                 hint = "with Lab values the formula must be CIELab, 94 or CIEDE2000; give spectra for " + formula;
             }
-            throw Refusal(failure, static_cast<long>(row), count == 1 ? std::string() : RowName("row", row), hint);
+            throw Refusal(failure, static_cast<long>(row), Where(side, row, count), hint);
         }
     }
     return ToArray(std::move(result), {static_cast<py::ssize_t>(count)});
@@ -405,12 +422,8 @@ py::tuple Density(const FloatArray& spectra, const Pairs& pairs, const std::opti
                 }
             }
         } catch (const Utilities::Exception& failure) {
-            std::string hint;
-            if (std::string(failure.GetExceptionText().GetCharPointer()) == "Missing WhiteReference") {
-                hint = "the white base " + ConditionOf(conditions, "Colorimetric.WhiteBase") +
-                       " needs a paper white: give paper_white=..., or white_base=\"Absolute\"";
-            }
-            throw Refusal(failure, static_cast<long>(row), Where("spectra", row, count), hint);
+            throw Refusal(failure, static_cast<long>(row), Where("spectra", row, count),
+                          PaperWhiteHint(failure, conditions, white.has_value()));
         }
     }
     py::array_t<float> densities = ToArray(std::move(result), {static_cast<py::ssize_t>(count)});

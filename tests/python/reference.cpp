@@ -171,25 +171,27 @@ const Qvi::Sample& Find(const std::vector<Qvi::Sample>& samples, const std::stri
 int Time(const std::string& path, int repetitions)
 {
     std::ifstream input(path, std::ios::binary);
-    std::vector<char> bytes((std::istreambuf_iterator<char>(input)), std::istreambuf_iterator<char>());
-    const std::size_t count = bytes.size() / (36 * sizeof(float));
-    std::vector<Qvi::Sample> samples(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(samples[i].values.data(), bytes.data() + i * 36 * sizeof(float), 36 * sizeof(float));
+    std::vector<float> values;
+    float spectrum[36];
+    while (input.read(reinterpret_cast<char*>(spectrum), sizeof spectrum)) {
+        values.insert(values.end(), std::begin(spectrum), std::end(spectrum));
     }
-    bytes.clear();
-    bytes.shrink_to_fit();
+    const std::size_t count = values.size() / 36;
     CMetry::QVMeasureConditions conditions;
     std::vector<float> lab(count * 3);
     double shortest = 1e300;
     for (int repetition = 0; repetition < repetitions; ++repetition) {
         const auto start = std::chrono::steady_clock::now();
         // qvi color's calculation of a sample: its spectrum under the run's
-        // conditions, the library's colour value, each component checked.
+        // conditions (copied from the sample's values), the library's
+        // colour value, each component checked.
         for (std::size_t i = 0; i < count; ++i) {
             const CMetry::QVColorVector vector = [&] {
                 try {
-                    return CMetry::CMetryService::GetVector(SpectrumOf(samples[i], conditions), conditions);
+                    float copy[36];
+                    std::copy(values.begin() + static_cast<std::ptrdiff_t>(i * 36),
+                              values.begin() + static_cast<std::ptrdiff_t>(i * 36 + 36), copy);
+                    return CMetry::CMetryService::GetVector(CMetry::QVSpectrum(copy, conditions), conditions);
                 } catch (const Utilities::Exception& failure) {
                     throw std::runtime_error(failure.GetExceptionText().GetCharPointer());
                 }
