@@ -20,6 +20,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -243,6 +244,52 @@ std::string PaperWhiteHint(const Utilities::Exception& failure, const CMetry::QV
     return "the white base " + whiteBase + " needs a paper white: give paper_white=..., or white_base=\"Absolute\"";
 }
 
+// The conditions a call was given, as a text for refusals that come from
+// them.
+std::string Described(const Pairs& pairs)
+{
+    std::string text;
+    for (const auto& [key, value] : pairs) {
+        text += (text.empty() ? "" : ", ") + key + " = \"" + value + "\"";
+    }
+    return text;
+}
+
+CMetry::QVSpectrum Flat(float value, const CMetry::QVMeasureConditions& conditions)
+{
+    float values[kPoints];
+    std::fill(std::begin(values), std::end(values), value);
+    return CMetry::QVSpectrum(values, conditions);
+}
+
+// Runs the calculation of a call once on a typical input before the first
+// row, so that a refusal that comes from the conditions (an illuminant
+// without data, a white base without a paper white, a formula the input
+// cannot take) is told as theirs, under the conditions given and with no
+// row, even for an empty batch. `calculation` returns whether its result
+// is finite: a result that is not comes from a paper white beyond the float
+// arithmetic.
+template <typename Calculation, typename Hint>
+void Probe(const Pairs& pairs, bool paperWhite, Calculation calculation, Hint hint)
+{
+    bool finite = true;
+    try {
+        finite = calculation();
+    } catch (const Utilities::Exception& failure) {
+        const std::string described = Described(pairs);
+        throw Refusal(failure, -1, described.empty() ? std::string() : "under " + described, hint(failure));
+    }
+    if (!finite && paperWhite) {
+        throw std::invalid_argument("paper_white is too large for the float arithmetic: values relative to it are "
+                                    "not finite");
+    }
+}
+
+bool Finite(const CMetry::QVColorVector& vector)
+{
+    return std::isfinite(vector[0]) && std::isfinite(vector[1]) && std::isfinite(vector[2]);
+}
+
 // Where a refusal in row `row` of a batch of `count` rows happened: nothing
 // for a single row.
 std::string Where(const char* what, std::size_t row, std::size_t count)
@@ -276,6 +323,10 @@ py::array_t<float> Color(const FloatArray& spectra, const Pairs& pairs, const st
             width = 3;
         }
         const PaperWhiteScope scope(white, conditions);
+        Probe(
+            pairs, white.has_value(),
+            [&] { return Finite(CMetry::CMetryService::GetVector(Flat(0.5f, conditions), conditions)); },
+            [&](const Utilities::Exception& failure) { return PaperWhiteHint(failure, conditions, white.has_value()); });
         result.resize(count * width);
         std::size_t row = 0;
         try {
@@ -348,6 +399,29 @@ py::array_t<float> DeltaE(const FloatArray& reference, const FloatArray& sample,
             }
             return lab;
         };
+        const auto hintOf = [&](const Utilities::Exception& failure) {
+            const std::string formula = ConditionOf(conditions, kFormulaKey);
+            if (viaLab && !de2000 && formula != "CIELab" && formula != "94") {
+                return "with Lab values the formula must be CIELab, 94 or CIEDE2000; give spectra for " + formula;
+            }
+            return PaperWhiteHint(failure, conditions, white.has_value());
+        };
+        Probe(
+            pairs, white.has_value(),
+            [&] {
+                if (!viaLab) {
+                    return std::isfinite(CMetry::CMetryService::GetDeltaE(
+                        Flat(0.5f, conditions), Flat(0.4f, conditions), conditions, p1, p2, p3));
+                }
+                const bool finite = Finite(CMetry::CMetryService::GetVector(Flat(0.5f, labConditions), labConditions));
+                if (!de2000) {
+                    CMetry::CMetryService::GetDeltaE(CMetry::QVColorVector(50.0f, 10.0f, 10.0f, labConditions),
+                                                     CMetry::QVColorVector(52.0f, 11.0f, 9.0f, labConditions), p1,
+                                                     p2, p3);
+                }
+                return finite;
+            },
+            hintOf);
         std::optional<CMetry::QVColorVector> singleReference;
         std::size_t row = 0;
         try {
@@ -380,12 +454,7 @@ py::array_t<float> DeltaE(const FloatArray& reference, const FloatArray& sample,
                 result[row] = difference;
             }
         } catch (const Utilities::Exception& failure) {
-            std::string hint = PaperWhiteHint(failure, conditions, white.has_value());
-            const std::string formula = ConditionOf(conditions, kFormulaKey);
-            if (hint.empty() && viaLab && !de2000 && formula != "CIELab" && formula != "94") {
-                hint = "with Lab values the formula must be CIELab, 94 or CIEDE2000; give spectra for " + formula;
-            }
-            throw Refusal(failure, static_cast<long>(row), Where(side, row, count), hint);
+            throw Refusal(failure, static_cast<long>(row), Where(side, row, count), hintOf(failure));
         }
     }
     return ToArray(std::move(result), {static_cast<py::ssize_t>(count)});
@@ -407,6 +476,10 @@ py::tuple Density(const FloatArray& spectra, const Pairs& pairs, const std::opti
         const std::lock_guard<std::mutex> lock(engineMutex);
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         const PaperWhiteScope scope(white, conditions);
+        Probe(
+            pairs, white.has_value(),
+            [&] { return std::isfinite(CMetry::DensityService::GetDensity(Flat(0.5f, conditions), conditions)); },
+            [&](const Utilities::Exception& failure) { return PaperWhiteHint(failure, conditions, white.has_value()); });
         std::size_t row = 0;
         try {
             for (; row < count; ++row) {
@@ -446,6 +519,10 @@ py::array_t<float> Cct(const FloatArray& spectra, const Pairs& pairs)
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         CMetry::QVMeasureConditions xyzConditions = conditions;
         xyzConditions.SetMeasureCondition(String(kSpaceKey), String("CIEXYZ"));
+        Probe(
+            pairs, false,
+            [&] { return std::isfinite(CMetry::CMetryService::GetColorTemperature(Flat(1.0f, conditions))); },
+            [](const Utilities::Exception&) { return std::string(); });
         std::size_t row = 0;
         try {
             for (; row < count; ++row) {
@@ -459,6 +536,11 @@ py::array_t<float> Cct(const FloatArray& spectra, const Pairs& pairs)
                     if (!std::isfinite(xyz[axis])) {
                         RefuseResult("spectra", row, "XYZ");
                     }
+                }
+                if (xyz[0] + xyz[1] + xyz[2] == 0.0f) {
+                    throw std::invalid_argument(RowName("spectra", row) +
+                                                " has no light: its X + Y + Z is 0, so it has no chromaticity and no "
+                                                "colour temperature");
                 }
                 result[row] = CMetry::CMetryService::GetColorTemperature(spectrum);
                 if (!std::isfinite(result[row])) {
@@ -484,6 +566,9 @@ py::array_t<float> LabToSpectrum(const FloatArray& lab, const Pairs& pairs)
         const std::lock_guard<std::mutex> lock(engineMutex);
         CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         conditions.SetMeasureCondition(String(kSpaceKey), String("CIELab"));
+        Probe(
+            pairs, false, [&] { return Finite(CMetry::CMetryService::GetVector(Flat(0.5f, conditions), conditions)); },
+            [](const Utilities::Exception&) { return std::string(); });
         std::size_t row = 0;
         try {
             for (; row < count; ++row) {

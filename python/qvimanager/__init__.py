@@ -22,7 +22,10 @@ or as a dictionary of keys and values, ``conditions={"Colorimetric.Illumination"
 "D50", ...}``, or both (a key may be given only once). What is not given keeps
 the library's default (``measure_conditions()`` shows them, and
 ``supported_values(key)`` what a key takes). A key or value the library does
-not know raises CMetryError with the library's text.
+not know raises CMetryError with the library's text. Each call tries its
+calculation once under the conditions before the first row: a refusal that
+comes from the conditions (an F number without a table, a white base without
+a paper white) names them and has no row, even for an empty batch.
 
 Every batch runs in C++ with the interpreter lock released; calls from
 several threads take turns in the engine.
@@ -98,6 +101,11 @@ def _condition_pairs(function, conditions, keywords, given=(), defaults=()):
     def add(key, value, where):
         if not isinstance(value, str):
             raise TypeError(f"{function}(): {where} must be a str, not {type(value).__name__}")
+        if "\0" in key or "\0" in value:
+            raise ValueError(f"{function}(): {where} holds a NUL character")
+        if key == _ILLUMINATION and value == "Userdefined":
+            raise ValueError(f"{function}(): the illuminant Userdefined needs the illuminant's spectrum, which this "
+                             "module does not take; give a standard illuminant")
         if key in origin:
             raise ValueError(f"{function}(): {key} is given twice, by {origin[key]} and by {where}")
         origin[key] = where
@@ -135,7 +143,8 @@ def _convert(name, values):
     beyond = np.isinf(converted) & np.isfinite(array)
     if beyond.any():
         index = tuple(int(i) for i in np.argwhere(beyond)[0])
-        raise ValueError(f"{name}{list(index)} = {array[index]!r} is beyond the float32 range (3.4e38)")
+        where = f"{name}{list(index)}" if index else name
+        raise ValueError(f"{where} = {array[index]!r} is beyond the float32 range (3.4e38)")
     return converted
 
 
@@ -185,7 +194,8 @@ def color(spectra, space=None, *, conditions=None, paper_white=None, **keywords)
     CIELab, CIELCh, CIELuv, CIELChuv, CIEuvY1960, CIEuvY1976, CIEXYZ, CIExyY,
     HunterLab, RxRyRz, LABvq, LCHvq or RGB. The result has one column per
     component of the space: an array of shape (N, 3) for spectra (N, 36), of
-    shape (3,) for one spectrum (36,). (CMYK, the one space of four
+    shape (3,) for one spectrum (36,). "CIELuv" is the library's: L*, u' and
+    v' (chromaticity coordinates, not u* and v*). (CMYK, the one space of four
     components, the library does not compute from spectra: it raises
     CMetryError "GetVector not supported for ColorSpace CMYK".)
 
@@ -240,7 +250,12 @@ def delta_e(reference, sample, formula=None, *, parameters=None, conditions=None
         if len(values) != len(expected):
             raise ValueError(f"delta_e(): the formula {name} takes {len(expected)} parameters "
                              f"({', '.join(expected)}); got {len(values)}")
-        values = tuple(float(_convert("parameters", value)) for value in values) + (0.0,) * (3 - len(values))
+        converted = _convert("parameters", np.asarray(values))
+        # CIEDE2000 refuses factors that are not finite itself.
+        if converted.ndim != 1 or (not de2000 and not np.isfinite(converted).all()):
+            raise ValueError(f"delta_e(): the parameters of {name} ({', '.join(expected)}) must be finite numbers; "
+                             f"got {values!r}")
+        values = tuple(float(value) for value in converted) + (0.0,) * (3 - len(values))
     result = _core.delta_e(references, samples, pairs, de2000, *values, _paper_white(paper_white))
     return result[0] if single_reference and single_sample else result
 
@@ -277,7 +292,8 @@ def cct(spectra, *, conditions=None, **keywords):
     the observer of the conditions. The spectra are light sources: the
     illuminant is "Emission" unless one is given (another illuminant gives
     the temperature of the light the spectra reflect under it). A float32
-    array of N temperatures, or one float32 for one spectrum."""
+    array of N temperatures, or one float32 for one spectrum. A spectrum of
+    no light (X + Y + Z = 0) has no colour temperature: ValueError."""
     rows, single = _rows("spectra", spectra, 36)
     pairs = _condition_pairs("cct", conditions, keywords, defaults=((_ILLUMINATION, "Emission"),))
     result = _core.cct(rows, pairs)
@@ -293,7 +309,8 @@ def lab_to_spectrum(L, a=None, b=None, *, conditions=None, **keywords):
     ``lab_to_spectrum(lab)`` with Lab values of shape (3,) or (N, 3). One
     spectrum of shape (36,) for one value, (N, 36) for N. A value that no
     spectrum between 0 and 1 reaches raises CMetryError "CMetryCalculator:
-    Conversion out of Range".
+    Conversion out of Range". The spectra are absolute: white base "Paper"
+    cannot be given.
     """
     if a is None and b is None:
         rows, single = _rows("lab", L, 3)
@@ -311,6 +328,9 @@ def lab_to_spectrum(L, a=None, b=None, *, conditions=None, **keywords):
     space = dict(pairs).get(_SPACE)
     if space is not None and space != "CIELab":
         raise ValueError(f"lab_to_spectrum(): the values are CIELab; the colour space {space} cannot be given")
+    if dict(pairs).get(_WHITE_BASE) == "Paper":
+        raise ValueError("lab_to_spectrum(): the white base Paper needs a paper white, which lab_to_spectrum does not "
+                         "take; the spectra are absolute")
     result = _core.lab_to_spectrum(rows, pairs)
     return result[0] if single else result
 

@@ -147,7 +147,8 @@ void MeasurementFile::Open(std::ifstream& stream) const
 
 std::string MeasurementFile::ScaleText() const
 {
-    if (!decided || content == Content::Lab || emission) {
+    // Emission keeps its own scale unless one was given.
+    if (!decided || content == Content::Lab || (emission && divisor == 1.0)) {
         return std::string();
     }
     return divisor == 1.0 ? "0..1" : divisor == 100.0 ? "0..100" : "0.." + Shortest(divisor);
@@ -428,9 +429,10 @@ void MeasurementFile::Decide(Scale scale, const Evidence& evidence)
 void MeasurementFile::RefuseUnlessFitting(const Extreme& extreme, const char* why) const
 {
     if (!FitsAFloat(extreme.magnitude / divisor)) {
+        const std::string scale = ScaleText();
         throw Cgats::Error(name, extreme.line,
-                           "the value \"" + extreme.text + "\" of " + extreme.field + " is out of range: on the scale " +
-                               ScaleText() + " " + why);
+                           "the value \"" + extreme.text + "\" of " + extreme.field + " is out of range: " +
+                               (scale.empty() ? std::string() : "on the scale " + scale + " ") + why);
     }
 }
 
