@@ -3,6 +3,7 @@ C++ reference program (python_reference), whose numbers the module must
 match bit for bit."""
 
 import os
+import pathlib
 import subprocess
 
 import numpy as np
@@ -22,6 +23,22 @@ REFLECTANCE_FILES = [
 ]
 #: The bundled file of light sources.
 EMISSION_FILE = "illuminants_cie_spd.cgats"
+
+
+#: The CGATS fields of the 36 wavelengths.
+SPECTRAL_FIELDS = [f"SPECTRAL_NM{wavelength}" for wavelength in range(380, 731, 10)]
+
+
+def write_cgats(path, rows, fields=None, keywords=()):
+    """A CGATS file of `rows` under `fields` (default: SAMPLE_ID, SAMPLE_NAME
+    and the 36 spectral fields), with extra header lines `keywords`."""
+    fields = fields or ["SAMPLE_ID", "SAMPLE_NAME"] + SPECTRAL_FIELDS
+    lines = ["CGATS.17", *keywords, f"NUMBER_OF_FIELDS\t{len(fields)}", "BEGIN_DATA_FORMAT", "\t".join(fields),
+             "END_DATA_FORMAT", f"NUMBER_OF_SETS\t{len(rows)}", "BEGIN_DATA"]
+    lines += ["\t".join(str(value) for value in row) for row in rows]
+    lines.append("END_DATA")
+    pathlib.Path(path).write_text("\n".join(lines) + "\n")
+    return str(path)
 
 
 def sample(name):

@@ -9,24 +9,11 @@ import pathlib
 import numpy as np
 import pytest
 
-from conftest import EMISSION_FILE, bits, sample
+from conftest import EMISSION_FILE, SPECTRAL_FIELDS, bits, sample, write_cgats
 
 CHART = "chart24_ohta.cgats"
 WHITE = 18  # the white patch of CHART
-SPECTRAL_FIELDS = [f"SPECTRAL_NM{wavelength}" for wavelength in range(380, 731, 10)]
 LAB_FIELDS = ["LAB_L", "LAB_A", "LAB_B"]
-
-
-def write_cgats(path, rows, fields=None, keywords=()):
-    """A CGATS file of `rows` under `fields` (default: SAMPLE_ID, SAMPLE_NAME
-    and the 36 spectral fields), with extra header lines `keywords`."""
-    fields = fields or ["SAMPLE_ID", "SAMPLE_NAME"] + SPECTRAL_FIELDS
-    lines = ["CGATS.17", *keywords, f"NUMBER_OF_FIELDS\t{len(fields)}", "BEGIN_DATA_FORMAT", "\t".join(fields),
-             "END_DATA_FORMAT", f"NUMBER_OF_SETS\t{len(rows)}", "BEGIN_DATA"]
-    lines += ["\t".join(str(value) for value in row) for row in rows]
-    lines.append("END_DATA")
-    pathlib.Path(path).write_text("\n".join(lines) + "\n")
-    return str(path)
 
 
 def same(first, second):

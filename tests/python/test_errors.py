@@ -3,32 +3,18 @@ types and values the functions refuse before the library sees them, the
 library's refusals with its own texts, files that cannot be read. After
 every error the module still gives the right numbers."""
 
-import pathlib
 
 import numpy as np
 import pytest
 
-from conftest import bits, sample
+from conftest import SPECTRAL_FIELDS, bits, sample, write_cgats
 
 CHART = "chart24_ohta.cgats"
 WHITE = 18  # the white patch of CHART
-SPECTRAL_FIELDS = [f"SPECTRAL_NM{wavelength}" for wavelength in range(380, 731, 10)]
 PAPER_WHITE_HINT = 'the white base {} needs a paper white: give paper_white=..., or white_base="Absolute"'
 OUT_OF_RANGE = "CMetryCalculator: Conversion out of Range"
 UNREACHABLE_HINT = "no reflectance spectrum between 0 and 1 reaches this value"
 LAB_FORMULA_HINT = "with Lab values the formula must be CIELab, 94 or CIEDE2000; give spectra for {}"
-
-
-def write_cgats(path, rows, fields=None, keywords=()):
-    """A CGATS file of `rows` under `fields` (default: SAMPLE_ID, SAMPLE_NAME
-    and the 36 spectral fields), with extra header lines `keywords`."""
-    fields = fields or ["SAMPLE_ID", "SAMPLE_NAME"] + SPECTRAL_FIELDS
-    lines = ["CGATS.17", *keywords, f"NUMBER_OF_FIELDS\t{len(fields)}", "BEGIN_DATA_FORMAT", "\t".join(fields),
-             "END_DATA_FORMAT", f"NUMBER_OF_SETS\t{len(rows)}", "BEGIN_DATA"]
-    lines += ["\t".join(str(value) for value in row) for row in rows]
-    lines.append("END_DATA")
-    pathlib.Path(path).write_text("\n".join(lines) + "\n")
-    return str(path)
 
 
 @pytest.fixture(scope="module")
