@@ -24,9 +24,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <cxxabi.h>
 #include <exception>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -38,6 +36,7 @@
 #include "cgats/cgats.h"
 #include "qvimanager/cmetry/calculator.h"
 #include "qvimanager/cmetry/ciede2000.h"
+#include "qvimanager/foundation/class_name.h"
 #include "qvimanager/qvimanager.h"
 #include "tools/qvi/input.h"
 #include "tools/qvi/output.h"
@@ -55,6 +54,13 @@ const char* const kSpaceKey = "ColorSpaceDescription.Type";
 const char* const kFormulaKey = "ColorSpaceDescription.DeltaEFormula";
 
 std::mutex engineMutex;
+
+// A call's turn in the engine: the interpreter lock released, then the
+// engine's mutex taken (and given back in the reverse order).
+struct EngineTurn {
+    py::gil_scoped_release released;
+    std::lock_guard<std::mutex> lock{engineMutex};
+};
 
 // The branches of the library's exception tree, as qvimanager.errors
 // names them.
@@ -78,11 +84,7 @@ const char* BranchOf(const Utilities::Exception& failure)
 // The class name without its namespace, e.g. "ExceptionCMetry".
 std::string ClassNameOf(const Utilities::Exception& failure)
 {
-    const char* mangled = typeid(failure).name();
-    int status = 0;
-    std::unique_ptr<char, void (*)(void*)> demangled(abi::__cxa_demangle(mangled, nullptr, nullptr, &status),
-                                                      std::free);
-    std::string name = status == 0 && demangled ? demangled.get() : mangled;
+    const std::string name = Utilities::GetRuntimeClassName(typeid(failure)).GetCharPointer();
     const std::size_t colon = name.rfind("::");
     return colon == std::string::npos ? name : name.substr(colon + 2);
 }
@@ -307,8 +309,7 @@ py::array_t<float> Color(const FloatArray& spectra, const Pairs& pairs, const st
     std::vector<float> result;
     std::size_t width = 3;
     {
-        py::gil_scoped_release released;
-        const std::lock_guard<std::mutex> lock(engineMutex);
+        const EngineTurn turn;
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         const std::string space = ConditionOf(conditions, kSpaceKey);
         // Three absolute and three delta names, four and four for CMYK.
@@ -379,8 +380,7 @@ py::array_t<float> DeltaE(const FloatArray& reference, const FloatArray& sample,
     const char* const side = samples == 1 && references > 1 ? "reference" : "sample";
     std::vector<float> result(count);
     {
-        py::gil_scoped_release released;
-        const std::lock_guard<std::mutex> lock(engineMutex);
+        const EngineTurn turn;
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         CMetry::QVMeasureConditions labConditions = conditions;
         labConditions.SetMeasureCondition(String(kSpaceKey), String("CIELab"));
@@ -472,8 +472,7 @@ py::tuple Density(const FloatArray& spectra, const Pairs& pairs, const std::opti
     std::vector<float> result(count);
     std::vector<std::string> names(filterNames ? count : 0);
     {
-        py::gil_scoped_release released;
-        const std::lock_guard<std::mutex> lock(engineMutex);
+        const EngineTurn turn;
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         const PaperWhiteScope scope(white, conditions);
         Probe(
@@ -514,8 +513,7 @@ py::array_t<float> Cct(const FloatArray& spectra, const Pairs& pairs)
     const float* input = spectra.data();
     std::vector<float> result(count);
     {
-        py::gil_scoped_release released;
-        const std::lock_guard<std::mutex> lock(engineMutex);
+        const EngineTurn turn;
         const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         CMetry::QVMeasureConditions xyzConditions = conditions;
         xyzConditions.SetMeasureCondition(String(kSpaceKey), String("CIEXYZ"));
@@ -562,8 +560,7 @@ py::array_t<float> LabToSpectrum(const FloatArray& lab, const Pairs& pairs)
     const float* input = lab.data();
     std::vector<float> result(count * kPoints);
     {
-        py::gil_scoped_release released;
-        const std::lock_guard<std::mutex> lock(engineMutex);
+        const EngineTurn turn;
         CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
         conditions.SetMeasureCondition(String(kSpaceKey), String("CIELab"));
         Probe(
@@ -596,8 +593,7 @@ py::array_t<float> LabToSpectrum(const FloatArray& lab, const Pairs& pairs)
 
 std::vector<std::string> SupportedValues(const std::string& key)
 {
-    py::gil_scoped_release released;
-    const std::lock_guard<std::mutex> lock(engineMutex);
+    const EngineTurn turn;
     std::vector<std::string> values;
     const auto& supported = CMetry::QVMeasureConditions::GetSupportedValues(String(key.c_str()));
     for (unsigned long i = 0; i < supported.GetSize(); ++i) {
@@ -609,8 +605,7 @@ std::vector<std::string> SupportedValues(const std::string& key)
 // The value of every key of `keys` in a condition set made of `pairs`.
 std::vector<std::string> ConditionValues(const Pairs& pairs, const std::vector<std::string>& keys)
 {
-    py::gil_scoped_release released;
-    const std::lock_guard<std::mutex> lock(engineMutex);
+    const EngineTurn turn;
     const CMetry::QVMeasureConditions conditions = BuildConditions(pairs);
     std::vector<std::string> values;
     for (const std::string& key : keys) {
@@ -644,13 +639,15 @@ py::tuple ReadCgats(const std::string& path, double divisor)
                 scale.automatic = false;
                 scale.divisor = divisor;
             }
-            file.Survey({}, scale, false);
-            lab = file.Holds() == Qvi::MeasurementFile::Content::Lab;
-            const std::size_t width = lab ? 3 : kPoints;
-            values.reserve(file.Count() * width);
-            ids.reserve(file.Count());
-            names.reserve(file.Count());
-            file.ForEach(
+            // One reading of the file where the scale allows (Stream); a
+            // scale the whole file decides otherwise starts the rows again.
+            const auto restart = [&] {
+                ids.clear();
+                names.clear();
+                values.clear();
+            };
+            file.Stream(
+                scale, [&] { lab = file.Holds() == Qvi::MeasurementFile::Content::Lab; },
                 [&](const Qvi::Sample& sample) {
                     ids.push_back(sample.id);
                     names.push_back(sample.name);
@@ -660,7 +657,7 @@ py::tuple ReadCgats(const std::string& path, double divisor)
                         values.insert(values.end(), sample.values.begin(), sample.values.end());
                     }
                 },
-                false);
+                restart, false);
             scaleText = file.ScaleText();
             extension = file.Extension();
             emission = file.Emission();

@@ -25,6 +25,10 @@ REFLECTANCE_FILES = [
 EMISSION_FILE = "illuminants_cie_spd.cgats"
 
 
+#: The chart most tests use, and the index of its white patch.
+CHART = "chart24_ohta.cgats"
+WHITE = 18
+
 #: The CGATS fields of the 36 wavelengths.
 SPECTRAL_FIELDS = [f"SPECTRAL_NM{wavelength}" for wavelength in range(380, 731, 10)]
 
@@ -79,3 +83,15 @@ def bits(values):
 def qvi():
     import qvimanager
     return qvimanager
+
+
+@pytest.fixture(scope="module")
+def spectra(qvi):
+    """The spectra of CHART."""
+    return qvi.read_cgats(sample(CHART)).spectra
+
+
+@pytest.fixture(scope="module")
+def white(spectra):
+    """The white patch of CHART."""
+    return spectra[WHITE]

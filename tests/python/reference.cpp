@@ -33,16 +33,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cxxabi.h>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
 #include "qvimanager/cmetry/ciede2000.h"
+#include "qvimanager/foundation/class_name.h"
 #include "qvimanager/qvimanager.h"
 #include "tools/qvi/input.h"
 
@@ -134,12 +133,9 @@ std::string Bits(float value)
 
 std::string ClassName(const Utilities::Exception& failure)
 {
-    int status = 0;
-    char* name = abi::__cxa_demangle(typeid(failure).name(), nullptr, nullptr, &status);
-    std::string text = status == 0 ? name : typeid(failure).name();
-    std::free(name);
-    const std::size_t colon = text.rfind("::");
-    return colon == std::string::npos ? text : text.substr(colon + 2);
+    const std::string name = Utilities::GetRuntimeClassName(typeid(failure)).GetCharPointer();
+    const std::size_t colon = name.rfind("::");
+    return colon == std::string::npos ? name : name.substr(colon + 2);
 }
 
 // One line per sample: the results of `calculate`, or the refusal.

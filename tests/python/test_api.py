@@ -9,10 +9,8 @@ import pathlib
 import numpy as np
 import pytest
 
-from conftest import EMISSION_FILE, SPECTRAL_FIELDS, bits, sample, write_cgats
+from conftest import CHART, EMISSION_FILE, SPECTRAL_FIELDS, WHITE, bits, sample, write_cgats
 
-CHART = "chart24_ohta.cgats"
-WHITE = 18  # the white patch of CHART
 LAB_FIELDS = ["LAB_L", "LAB_A", "LAB_B"]
 
 
@@ -20,16 +18,6 @@ def same(first, second):
     """Two float32 results are equal bit for bit, shapes included."""
     assert np.shape(first) == np.shape(second)
     np.testing.assert_array_equal(bits(first), bits(second))
-
-
-@pytest.fixture(scope="module")
-def spectra(qvi):
-    return qvi.read_cgats(sample(CHART)).spectra
-
-
-@pytest.fixture(scope="module")
-def white(spectra):
-    return spectra[WHITE]
 
 
 @pytest.fixture(scope="module")

@@ -7,24 +7,12 @@ every error the module still gives the right numbers."""
 import numpy as np
 import pytest
 
-from conftest import SPECTRAL_FIELDS, bits, sample, write_cgats
+from conftest import CHART, SPECTRAL_FIELDS, WHITE, bits, sample, write_cgats
 
-CHART = "chart24_ohta.cgats"
-WHITE = 18  # the white patch of CHART
 PAPER_WHITE_HINT = 'the white base {} needs a paper white: give paper_white=..., or white_base="Absolute"'
 OUT_OF_RANGE = "CMetryCalculator: Conversion out of Range"
 UNREACHABLE_HINT = "no reflectance spectrum between 0 and 1 reaches this value"
 LAB_FORMULA_HINT = "with Lab values the formula must be CIELab, 94 or CIEDE2000; give spectra for {}"
-
-
-@pytest.fixture(scope="module")
-def spectra(qvi):
-    return qvi.read_cgats(sample(CHART)).spectra
-
-
-@pytest.fixture(scope="module")
-def white(spectra):
-    return spectra[WHITE]
 
 
 def known_results(qvi, spectra, white):
@@ -427,10 +415,10 @@ def test_values_of_other_types(qvi, spectra):
 
 def test_a_value_with_a_nul_character_is_refused(qvi, spectra):
     """A key or value holding a NUL character is refused, not cut short at the NUL."""
-    with pytest.raises((ValueError, qvi.CMetryError)):
-        qvi.color(spectra, illuminant="D50\0x")
-    with pytest.raises((ValueError, qvi.CMetryError)):
-        qvi.color(spectra, conditions={"Colorimetric.Illumination\0x": "D50"})
+    error = refused(qvi, ValueError, lambda: qvi.color(spectra, illuminant="D50\0x"))
+    assert str(error) == "color(): illuminant holds a NUL character"
+    error = refused(qvi, ValueError, lambda: qvi.color(spectra, conditions={"Colorimetric.Illumination\0x": "D50"}))
+    assert str(error) == "color(): conditions['Colorimetric.Illumination\\x00x'] holds a NUL character"
 
 
 # ---------------------------------------------------------------- refusals of rows
@@ -533,24 +521,25 @@ def test_an_illuminant_without_data_is_refused(qvi, spectra):
 
 def test_a_huge_paper_white_is_named(qvi, spectra):
     """A paper white whose density is not finite raises ValueError naming the paper white."""
-    error = refused(qvi, ValueError, lambda: qvi.density(spectra, paper_white=np.full(36, 1e38, dtype=np.float32)))
-    assert str(error).startswith("paper_white")
+    huge = np.full(36, 1e38, dtype=np.float32)
+    message = "paper_white is too large for the float arithmetic: values relative to it are not finite"
+    assert str(refused(qvi, ValueError, lambda: qvi.density(spectra, paper_white=huge))) == message
+    # Found before the first row: an empty batch is refused too.
+    assert str(refused(qvi, ValueError, lambda: qvi.density(spectra[:0], paper_white=huge))) == message
 
 
 def test_cct_of_no_light(qvi):
     """A spectrum of zeros has no colour temperature: ValueError naming its row."""
     error = refused(qvi, ValueError, lambda: qvi.cct(np.zeros((2, 36), dtype=np.float32)))
-    assert str(error).startswith("spectra row 0")
+    assert str(error) == ("spectra row 0 has no light: its X + Y + Z is 0, so it has no chromaticity and no colour "
+                          "temperature")
 
 
 def test_lab_to_spectrum_with_white_base_paper(qvi):
-    """lab_to_spectrum under white base Paper does not call a reachable Lab value unreachable."""
-    try:
-        found = qvi.lab_to_spectrum(50, 0, 0, white_base="Paper")
-    except (ValueError, qvi.QVIError) as error:
-        assert "white base" in str(error) and UNREACHABLE_HINT not in str(error)
-    else:
-        assert found.shape == (36,)
+    """lab_to_spectrum takes no paper white: white base Paper is refused as such, not as an unreachable value."""
+    error = refused(qvi, ValueError, lambda: qvi.lab_to_spectrum(50, 0, 0, white_base="Paper"))
+    assert str(error) == ("lab_to_spectrum(): the white base Paper needs a paper white, which lab_to_spectrum does not "
+                          "take; the spectra are absolute")
 
 
 def test_refused_rows_leave_no_partial_result(qvi, spectra):
@@ -668,11 +657,12 @@ EMISSION = ("MEAS_TYPE\tEMISSION",)
 
 
 def test_read_cgats_of_an_emission_file_with_a_scale(qvi, tmp_path):
-    """An emission file keeps its own scale, or reports the scale it was read on."""
+    """An emission file keeps its own scale and says none; read on a scale that is given, it says that one."""
     path = write_cgats(tmp_path / "light.txt", [[1, '"lamp"'] + [50] * 36], keywords=EMISSION)
-    assert qvi.read_cgats(path).emission is True
+    own = qvi.read_cgats(path)
+    assert (own.emission, own.scale, float(own.spectra[0, 0])) == (True, "", 50.0)
     forced = qvi.read_cgats(path, scale=100)
-    assert forced.spectra[0, 0] == 50 or forced.scale == "0..100"
+    assert (forced.emission, forced.scale, float(forced.spectra[0, 0])) == (True, "0..100", 0.5)
 
 
 def test_read_cgats_of_an_emission_file_beyond_a_float(qvi, tmp_path):

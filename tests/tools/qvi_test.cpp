@@ -291,6 +291,30 @@ TEST_F(QviCommands, CorrelatedColourTemperatureOfEqualEnergy)
     EXPECT_EQ(table.Value(0, "CCT"), table.Value(1, "CCT"));
 }
 
+// An emission file keeps its own scale and says none; read on a scale that
+// is given, it says that one. A value beyond a float names no empty scale.
+TEST_F(QviCommands, EmissionFileScale)
+{
+    std::string text = FlatFile({{"1", "50"}});
+    text.replace(text.find("ORIGINATOR"), 0, "KEYWORD \"MEAS_TYPE\"\nMEAS_TYPE \"EMISSION\"\n");
+    Put("light.cgats", text);
+    Outcome outcome = Qvi({"cct", "light.cgats"}, dir);
+    EXPECT_SUCCESS(outcome);
+    EXPECT_FALSE(ParseCgats(outcome.out).HasKeyword("REFLECTANCE_SCALE"));
+    outcome = Qvi({"cct", "light.cgats", "--scale", "100"}, dir);
+    EXPECT_SUCCESS(outcome);
+    EXPECT_EQ("0..100", ParseCgats(outcome.out).Keyword("REFLECTANCE_SCALE"));
+
+    text = FlatFile({{"1", "1e39"}});
+    text.replace(text.find("ORIGINATOR"), 0, "KEYWORD \"MEAS_TYPE\"\nMEAS_TYPE \"EMISSION\"\n");
+    Put("light.cgats", text);
+    outcome = Qvi({"cct", "light.cgats"}, dir);
+    EXPECT_FAILURE(outcome, 2);
+    EXPECT_EQ("qvi: light.cgats:9: the value \"1e39\" of SPECTRAL_NM380 is out of range: it is beyond a float "
+              "(3.4e38)\n",
+              BeyondNotes(outcome.err));
+}
+
 TEST_F(QviCommands, SpectrumForALabValue)
 {
     const Outcome outcome = Qvi({"spectrum", "50", "10", "-20"});
